@@ -1,0 +1,19 @@
+# A thin front: every target does its own set-up first, so that each works on a fresh machine.
+.PHONY: all setup build test demo bench format lint clean
+
+all: build
+
+setup:
+	@scripts/setup.sh
+
+build: setup
+	@cmake --preset debug >/dev/null && cmake --build --preset debug
+
+test: build
+	@ctest --preset debug -j 2
+
+demo: build
+	@scripts/demo.sh
+
+clean:
+	@rm -rf build

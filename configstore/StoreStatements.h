@@ -1,0 +1,160 @@
+#pragma once
+
+// Every SQL text that the library runs, named for what it does. Where a text is completed at run time (a list of
+// placeholders) its beginning stands here. The schema store is attached as "ss".
+namespace NimbConfigStore::Statements
+{
+// ---- Boot apply, mode 1 -------------------------------------------------------------------------------------------
+
+/// Followed by "(?,?,?,?)" per excluded row, in one pair of parentheses.
+inline constexpr const char* MARK_USER_CONFIG =
+    "UPDATE Config SET UserValue = CASE WHEN UserValue IS NOT NULL AND s.PreserveNonUser = 0 THEN 'mark for deletion' "
+    "ELSE NULL END, DesiredValue = NULL FROM ss.ConfigSchema AS s WHERE s.Component = Config.Component AND "
+    "s.ConfigGroup = Config.ConfigGroup AND s.Name = Config.Name AND s.DSPIntegrated = 1 AND NOT "
+    "(Config.Component='nimb' AND Config.ConfigGroup='authentication' AND Config.Name='user_accounts' AND "
+    "Config.Identifier LIKE 'svc-qrm-%') AND (Config.Component, Config.ConfigGroup, Config.Name, Config.Identifier) "
+    "NOT IN ";
+
+inline constexpr const char* INSERT_STAGED =
+    "INSERT OR IGNORE INTO Config (Component, ConfigGroup, Name, Identifier, UserValue, VitalValue, CachedValue) "
+    "SELECT Component, ConfigGroup, Name, Identifier, Value, VitalValue, CachedValue FROM DesiredUserConfig";
+
+inline constexpr const char* UPDATE_FROM_STAGED =
+    "UPDATE Config SET UserValue = COALESCE(du.Value, Config.UserValue), "
+    "VitalValue = COALESCE(du.VitalValue, Config.VitalValue), "
+    "CachedValue = COALESCE(du.CachedValue, Config.CachedValue) "
+    "FROM (SELECT Component, ConfigGroup, Name, Identifier, Value, VitalValue, CachedValue FROM DesiredUserConfig) "
+    "AS du WHERE du.Name = Config.Name AND du.ConfigGroup = Config.ConfigGroup AND du.Component = Config.Component "
+    "AND (du.Identifier IS NULL OR du.Identifier = '' OR du.Identifier = Config.Identifier)";
+
+inline constexpr const char* EMPTY_STAGING_AFTER_APPLY = "Delete from DesiredUserConfig";
+
+inline constexpr const char* DELETE_MARKED = "DELETE FROM Config WHERE UserValue='mark for deletion'";
+
+// ---- Boot apply, mode 4 -------------------------------------------------------------------------------------------
+
+inline constexpr const char* MARK_STAGED_INSTANCES =
+    "UPDATE Config SET UserValue = CASE WHEN UserValue IS NOT NULL THEN 'mark for deletion' ELSE NULL END, "
+    "DesiredValue = NULL WHERE (Component, ConfigGroup, Name, Identifier) IN (SELECT Component, ConfigGroup, Name, "
+    "Identifier FROM DesiredUserConfig WHERE BootAction = 'DELETE_INSTANCE')";
+
+inline constexpr const char* MARK_STAGED_OBJECTS =
+    "UPDATE Config SET UserValue = CASE WHEN UserValue IS NOT NULL THEN 'mark for deletion' ELSE NULL END, "
+    "DesiredValue = NULL WHERE (Component, ConfigGroup, Name) IN (SELECT Component, ConfigGroup, Name "
+    "FROM DesiredUserConfig WHERE BootAction IN ('SET','DELETE','SET_DEFAULT'))";
+
+inline constexpr const char* INSERT_SET_ROWS =
+    "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue, VitalValue, CachedValue) "
+    "SELECT Component, ConfigGroup, Name, Identifier, Version, Value, VitalValue, CachedValue FROM DesiredUserConfig "
+    "WHERE BootAction = 'SET' AND (Component, ConfigGroup, Name, Identifier) NOT IN "
+    "(SELECT Component, ConfigGroup, Name, Identifier FROM Config)";
+
+inline constexpr const char* UPDATE_SET_ROWS =
+    "UPDATE Config SET UserValue = du.Value, "
+    "VitalValue = CASE WHEN du.VitalValue IS NOT NULL THEN du.VitalValue ELSE Config.VitalValue END, "
+    "CachedValue = CASE WHEN du.CachedValue IS NOT NULL THEN du.CachedValue ELSE Config.CachedValue END "
+    "FROM (SELECT Component, ConfigGroup, Name, Identifier, Value, VitalValue, CachedValue FROM DesiredUserConfig "
+    "WHERE BootAction = 'SET') AS du WHERE du.Component = Config.Component AND du.ConfigGroup = Config.ConfigGroup "
+    "AND du.Name = Config.Name AND du.Identifier = Config.Identifier";
+
+// ---- Boot apply, modes 3 and 4 ------------------------------------------------------------------------------------
+
+inline constexpr const char* RESTORE_DEFAULTS =
+    "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue, Vitalvalue, Cachedvalue) "
+    "SELECT Component, ConfigGroup, Name, Identifier, Version, Value, VitalValue, CachedValue FROM DefaultConfig "
+    "WHERE (Component, ConfigGroup, Name) IN (SELECT Component, ConfigGroup, Name FROM DesiredUserConfig "
+    "WHERE BootAction = 'SET_DEFAULT')";
+
+// ---- Boot apply, mode 3 -------------------------------------------------------------------------------------------
+
+inline constexpr const char* DELETE_STAGED_OBJECTS =
+    "DELETE FROM Config WHERE (Component, ConfigGroup, Name) IN (SELECT Component, ConfigGroup, Name "
+    "FROM DesiredUserConfig WHERE BootAction IN ('DELETE', 'SET_DEFAULT'))";
+
+inline constexpr const char* INSERT_SMARTNIC_ROWS =
+    "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue) SELECT Component, ConfigGroup, "
+    "Name, Identifier, Version, Value FROM DesiredUserConfig WHERE BootAction = 'SET' AND (Component, ConfigGroup, "
+    "Name, Identifier) NOT IN (SELECT Component, ConfigGroup, Name, Identifier FROM Config WHERE (Component, "
+    "ConfigGroup, Name) IN (SELECT Component, ConfigGroup, Name FROM ss.SmartnicSchema "
+    "WHERE ValueType = 'nimb-shared'))";
+
+inline constexpr const char* UPDATE_SMARTNIC_ROWS =
+    "UPDATE Config SET UserValue = du.Value FROM (SELECT Component, ConfigGroup, Name, Identifier, Value "
+    "FROM DesiredUserConfig WHERE BootAction = 'SET') AS du WHERE du.Component = Config.Component AND "
+    "du.ConfigGroup = Config.ConfigGroup AND du.Name = Config.Name AND du.Identifier = Config.Identifier";
+
+inline constexpr const char* DELETE_UNSTAGED_SHARED_ROWS =
+    "DELETE FROM Config WHERE (Component, ConfigGroup, Name, Identifier) NOT IN (SELECT Component, ConfigGroup, Name, "
+    "Identifier FROM DesiredUserConfig WHERE BootAction = 'SET') AND (Component, ConfigGroup, Name) NOT IN "
+    "(SELECT Component, ConfigGroup, Name FROM DesiredUserConfig WHERE BootAction = 'SET_DEFAULT') AND (Component, "
+    "ConfigGroup, Name) IN (SELECT s.Component, s.ConfigGroup, s.Name FROM ss.SmartnicSchema AS s JOIN "
+    "ss.ConfigSchema AS c ON c.Component = s.Component AND c.ConfigGroup = s.ConfigGroup AND c.Name = s.Name "
+    "WHERE s.ValueType = 'nimb-shared' AND c.Singleton = 0)";
+
+// ---- Every boot ---------------------------------------------------------------------------------------------------
+
+inline constexpr const char* FOLD_DESIRED_VALUES =
+    "UPDATE Config AS c SET UserValue = CASE WHEN DesiredValue IS NULL THEN UserValue ELSE DesiredValue END, "
+    "DesiredValue = NULL, Success = (SELECT NoRestore FROM ss.ConfigSchema AS s WHERE s.Name = c.Name AND "
+    "s.ConfigGroup = c.ConfigGroup AND s.Component = c.Component)";
+
+// ---- Boot configuration document ----------------------------------------------------------------------------------
+
+/// ?1 identifier, ?2 name, ?3 group, ?4 component, ?5 version, ?6 user value.
+inline constexpr const char* UPSERT_USER_CONFIG =
+    "INSERT OR REPLACE INTO Config ( Identifier, Name, ConfigGroup, Component, Version, CreationTime, Revision, "
+    "AutoConfValue, VitalValue, CachedValue, UserValue ) VALUES ( ?1, ?2, ?3, ?4, ?5, "
+    "COALESCE((SELECT CreationTime FROM Config WHERE Identifier = ?1 AND Name = ?2 AND ConfigGroup = ?3 AND "
+    "Component = ?4), DATETIME(CURRENT_TIMESTAMP)), "
+    "COALESCE((SELECT Revision FROM Config WHERE Identifier = ?1 AND Name = ?2 AND ConfigGroup = ?3 AND "
+    "Component = ?4), 0) + 1, "
+    "COALESCE((SELECT AutoConfValue FROM Config WHERE Identifier = ?1 AND Name = ?2 AND ConfigGroup = ?3 AND "
+    "Component = ?4), NULL), "
+    "COALESCE((SELECT VitalValue FROM Config WHERE Identifier = ?1 AND Name = ?2 AND ConfigGroup = ?3 AND "
+    "Component = ?4), NULL), "
+    "COALESCE((SELECT CachedValue FROM Config WHERE Identifier = ?1 AND Name = ?2 AND ConfigGroup = ?3 AND "
+    "Component = ?4), NULL), ?6 )";
+
+inline constexpr const char* DELETE_OBJECT_ROWS =
+    "DELETE FROM Config WHERE Name = ? AND ConfigGroup = ? AND Component = ?;";
+
+// ---- Cleanup ------------------------------------------------------------------------------------------------------
+
+inline constexpr const char* CLEAR_AUTO_CONFIG = "UPDATE Config SET AutoConfValue=NULL";
+
+inline constexpr const char* DELETE_EMPTY_ROWS =
+    "DELETE FROM Config WHERE UserValue IS NULL AND VitalValue IS NULL AND CachedValue IS NULL AND DesiredValue IS NULL";
+
+inline constexpr const char* DELETE_ORPHANED_CONFIG =
+    "DELETE FROM Config WHERE (Component, ConfigGroup, Name) NOT IN (SELECT Component, ConfigGroup, Name "
+    "FROM ss.ConfigSchema)";
+
+inline constexpr const char* SELECT_ORPHANED_DIRS =
+    "SELECT DISTINCT DirName FROM DataFileMetadata WHERE (Component, KEY) NOT IN (SELECT Component, KEY "
+    "FROM ss.DataFileSchema)";
+
+inline constexpr const char* DELETE_ORPHANED_DATAFILES =
+    "DELETE FROM DataFileMetadata WHERE (Component, KEY) NOT IN (SELECT Component, KEY FROM ss.DataFileSchema)";
+
+inline constexpr const char* SELECT_DATAFILES = "SELECT DirName, FileName FROM DataFileMetadata";
+
+inline constexpr const char* DELETE_ALL_DATAFILES = "DELETE FROM DataFileMetadata";
+
+/// Followed by "(?,?…)", one placeholder per file name.
+inline constexpr const char* DELETE_MISSING_DATAFILES = "DELETE FROM DataFileMetadata WHERE DirName=? AND FileName IN ";
+
+// ---- Default configuration ----------------------------------------------------------------------------------------
+
+inline constexpr const char* EMPTY_DEFAULT_CONFIG = "DELETE from DefaultConfig";
+
+inline constexpr const char* UPSERT_DEFAULT_CONFIG =
+    "INSERT OR REPLACE INTO 'DefaultConfig'(Component, ConfigGroup, Name, Identifier, Value, VitalValue, CachedValue, "
+    "Version) VALUES (?, ?, ?, ?, ?, ?, ?, ?);";
+
+// ---- Reports ------------------------------------------------------------------------------------------------------
+
+inline constexpr const char* SELECT_RESTORE_FAILURES =
+    "SELECT c.Name, c.Component, c.ConfigGroup, c.Identifier FROM Config c, ss.ConfigSchema AS s WHERE "
+    "c.Name = s.Name AND c.Component = s.Component AND c.ConfigGroup = s.ConfigGroup AND s.DSPIntegrated = 1 AND "
+    "c.Success = 0 AND (s.SchemaType = 0 OR s.SchemaType = 2) AND c.UserValue IS NOT NULL;";
+} // namespace NimbConfigStore::Statements

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "Json.h"
+
+#pragma GCC visibility push(default)
+
+/// JSON Schema validation that reports every finding.
+namespace JsonValidator
+{
+/// Families of schema keywords. A family that is not in the rule set is not applied; combinators (allOf, anyOf,
+/// oneOf, not, if) always are.
+enum Rule : int
+{
+    RULE_TYPES = 0,        ///< type, enum, const
+    RULE_PRESENCE = 1,     ///< required, dependencies, minProperties, maxProperties
+    RULE_FORMATS = 2,      ///< format
+    RULE_VALUES = 3,       ///< minimum, maximum, exclusive bounds, multipleOf, minLength, maxLength, pattern
+    RULE_DEFAULTS = 4,     ///< default
+    RULE_READ_ONLY = 5,    ///< readOnly
+    RULE_DEPRECATIONS = 6, ///< deprecated
+    RULE_ARRAYS = 7,       ///< items, additionalItems, minItems, maxItems, uniqueItems, contains
+    RULE_MEMBERS = 8,      ///< properties, patternProperties, additionalProperties, propertyNames
+};
+
+/// Checks @p value against @p schema and makes @p report an array with one object per finding:
+/// "field" (the place as a JSON Pointer, behind @p name when that is not empty) and "error" (what was expected and
+/// what was found). An empty array means that the value keeps to the schema.
+/// @throws ConfigStoreException 2000 when the schema itself is unusable.
+void Validate(const NimbConfigStore::JsonValue& schema, const NimbConfigStore::JsonValue& value,
+              NimbConfigStore::JsonDocument& report, const std::set<int>& rules, const std::string& name);
+
+/// Why @p schema is unusable: an unresolvable or cyclic reference, a pattern that does not compile, a keyword with a
+/// value of the wrong type or one that nobody implements. Empty when it is sound. The text names the place in the
+/// schema as a JSON Pointer.
+std::string CheckSchema(const NimbConfigStore::JsonValue& schema);
+} // namespace JsonValidator
+
+#pragma GCC visibility pop
