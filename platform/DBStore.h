@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -37,8 +38,9 @@ using ConnectionPtr = std::shared_ptr<StoreConnection>;
 const char* StorePath(Type type);
 
 /// A connection to the store; null, after a log line, when the store is not there or cannot be opened.
-/// A read-only handle (@p writable false) never changes the file; asking for a writable handle while only a
-/// read-only one is alive opens a second connection.
+/// A read-only handle (@p writable false) never changes what the store holds; asked for while a writable one is
+/// alive it is that one, so that it sees the transaction under way. Asking for a writable handle while only a
+/// read-only one is alive opens a second connection. A store whose file was replaced is opened anew.
 ConnectionPtr GetConnection(Type type, bool writable);
 
 /// True when the file with this logical path is a consistent store database: every page and index checked, and
@@ -79,11 +81,11 @@ int Execute(const ConnectionPtr& connection, const char* sql, int waitLimitMs);
 namespace internal
 {
 class Statement;
-} // namespace internal
+}  // namespace internal
 using StatementPtr = std::shared_ptr<internal::Statement>;
 
 /// Runs a statement; a null statement (failed Prepare) or one with a failed Bind is a failure. Afterwards the
-/// statement can be bound and run again.
+/// statement has no bindings; it can be bound and run again.
 int ExecuteStmt(const ConnectionPtr& connection, const StatementPtr& statement, RowCallback callback, void* context,
                 int waitLimitMs);
 
@@ -98,8 +100,14 @@ StatementPtr Prepare(const ConnectionPtr& connection, const std::string& sql, in
 bool Bind(const StatementPtr& statement, int index, std::string_view text);
 bool Bind(const StatementPtr& statement, int index, std::int64_t number);
 bool BindNull(const StatementPtr& statement, int index);
-bool Bind(const StatementPtr& statement, int index, const std::optional<std::string>& text);
-} // namespace internal
-} // namespace DBStore
+
+/// NULL when there is no text. A template, so that a plain text is no candidate for it.
+template <std::same_as<std::optional<std::string>> Text>
+bool Bind(const StatementPtr& statement, int index, const Text& text)
+{
+    return text ? Bind(statement, index, std::string_view(*text)) : BindNull(statement, index);
+}
+}  // namespace internal
+}  // namespace DBStore
 
 #pragma GCC visibility pop

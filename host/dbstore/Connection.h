@@ -1,0 +1,67 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "DBStore.h"
+
+namespace DBStore
+{
+struct CloseDatabase
+{
+    void operator()(sqlite3* database) const noexcept { sqlite3_close(database); }
+};
+using DatabaseHandle = std::unique_ptr<sqlite3, CloseDatabase>;
+
+struct FinalizeStatement
+{
+    void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+};
+using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
+
+/// The settings that every connection has: no code from the file is trusted, the wait limit applies.
+void Configure(sqlite3* database);
+
+/// Opens a database file (real path) with the store's settings and reads its catalogue once, which also undoes what
+/// a crash left half done. Null, with SQLite's message in @p reason, when any of it fails.
+DatabaseHandle OpenDatabase(const std::string& realPath, int flags, std::string& reason);
+
+/// Runs one or more statements without parameters; the result is SQLite's.
+int RunSql(const DatabaseHandle& database, const char* sql);
+
+/// Text of one value of one row; empty when there is none.
+std::string QueryText(const DatabaseHandle& database, const char* sql);
+
+/// One open store and its idle prepared statements.
+class StoreConnection
+{
+public:
+    explicit StoreConnection(DatabaseHandle database);
+    StoreConnection(const StoreConnection&) = delete;
+    StoreConnection& operator=(const StoreConnection&) = delete;
+
+    sqlite3* Database() const { return database_.get(); }
+    void SetWaitLimit(int milliseconds) { sqlite3_busy_timeout(database_.get(), milliseconds); }
+
+    /// True when the file was removed or replaced since it was opened.
+    bool HasMoved() const;
+
+    /// A prepared statement, idle until now; null, after a log line, when the text does not prepare.
+    StatementHandle Take(const std::string& sql);
+
+    /// Keeps a statement that nobody uses any more for the next one who prepares its text.
+    void GiveBack(StatementHandle statement);
+
+private:
+    StatementHandle PrepareAnew(const std::string& sql);
+
+    DatabaseHandle database_;
+    std::unordered_map<std::string, StatementHandle> idle_;  // destroyed, so finalised, before the database closes
+};
+
+/// Logs SQLite's reason and the statement at priority 0.
+void LogStatementFailure(sqlite3* database, const char* sql);
+}  // namespace DBStore

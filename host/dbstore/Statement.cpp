@@ -1,0 +1,143 @@
+#include "Statement.h"
+
+#include <utility>
+#include <vector>
+
+#include "CSLogger.h"
+
+namespace DBStore
+{
+namespace internal
+{
+namespace
+{
+class ResetAfterwards
+{
+public:
+    ResetAfterwards(sqlite3_stmt* statement, bool& bindFailed) : statement_(statement), bindFailed_(bindFailed) {}
+    ~ResetAfterwards()
+    {
+        sqlite3_reset(statement_);
+        sqlite3_clear_bindings(statement_);
+        bindFailed_ = false;
+    }
+    ResetAfterwards(const ResetAfterwards&) = delete;
+    ResetAfterwards& operator=(const ResetAfterwards&) = delete;
+
+private:
+    sqlite3_stmt* statement_;
+    bool& bindFailed_;
+};
+}  // namespace
+
+Statement::Statement(ConnectionPtr connection, StatementHandle handle)
+    : connection_(std::move(connection)), handle_(std::move(handle))
+{}
+
+Statement::~Statement()
+{
+    connection_->GiveBack(std::move(handle_));
+}
+
+bool Statement::Bound(int result)
+{
+    if (result != SQLITE_OK) {
+        LogStatementFailure(connection_->Database(), sqlite3_sql(handle_.get()));
+        bindFailed_ = true;
+    }
+    return result == SQLITE_OK;
+}
+
+bool Statement::BindText(int index, std::string_view text)
+{
+    const char* start = text.data() != nullptr ? text.data() : "";  // a null pointer would bind NULL
+    return Bound(sqlite3_bind_text64(handle_.get(), index, start, text.size(), SQLITE_STATIC, SQLITE_UTF8));
+}
+
+bool Statement::BindNumber(int index, std::int64_t number)
+{
+    return Bound(sqlite3_bind_int64(handle_.get(), index, number));
+}
+
+bool Statement::BindNothing(int index)
+{
+    return Bound(sqlite3_bind_null(handle_.get(), index));
+}
+
+int Statement::Run(RowCallback callback, void* context)
+{
+    const ResetAfterwards reset(handle_.get(), bindFailed_);
+    return bindFailed_ ? FAILURE : Step(callback, context);
+}
+
+int Statement::Step(RowCallback callback, void* context)
+{
+    int result = sqlite3_step(handle_.get());
+    while (result == SQLITE_ROW) {
+        if (callback != nullptr && !HandOver(callback, context)) {
+            CSLogger::Log(CSLogger::ERROR, "Store statement ended by its caller: %s", sqlite3_sql(handle_.get()));
+            return FAILURE;
+        }
+        result = sqlite3_step(handle_.get());
+    }
+    if (result != SQLITE_DONE) {
+        LogStatementFailure(connection_->Database(), sqlite3_sql(handle_.get()));
+        return FAILURE;
+    }
+    return SUCCESS;
+}
+
+bool Statement::HandOver(RowCallback callback, void* context)
+{
+    const int columns = sqlite3_column_count(handle_.get());
+    std::vector<char*> values;
+    std::vector<char*> names;
+    for (int i = 0; i < columns; ++i) {
+        // The callback has the shape of sqlite3_exec's, which takes texts that are not const.
+        values.push_back(reinterpret_cast<char*>(const_cast<unsigned char*>(sqlite3_column_text(handle_.get(), i))));
+        names.push_back(const_cast<char*>(sqlite3_column_name(handle_.get(), i)));
+    }
+    return callback(context, columns, values.data(), names.data()) == 0;
+}
+
+StatementPtr Prepare(const ConnectionPtr& connection, const std::string& sql, int waitLimitMs)
+{
+    if (!connection) {
+        return nullptr;
+    }
+    connection->SetWaitLimit(waitLimitMs);
+    StatementHandle handle = connection->Take(sql);
+    return handle ? std::make_shared<Statement>(connection, std::move(handle)) : nullptr;
+}
+
+bool Bind(const StatementPtr& statement, int index, std::string_view text)
+{
+    return statement && statement->BindText(index, text);
+}
+
+bool Bind(const StatementPtr& statement, int index, std::int64_t number)
+{
+    return statement && statement->BindNumber(index, number);
+}
+
+bool BindNull(const StatementPtr& statement, int index)
+{
+    return statement && statement->BindNothing(index);
+}
+}  // namespace internal
+
+int ExecuteStmt(const ConnectionPtr& connection, const StatementPtr& statement, RowCallback callback, void* context,
+                int waitLimitMs)
+{
+    if (!connection || !statement) {
+        return FAILURE;
+    }
+    statement->Connection().SetWaitLimit(waitLimitMs);
+    return statement->Run(callback, context);
+}
+
+int Execute(const ConnectionPtr& connection, const char* sql, int waitLimitMs)
+{
+    return ExecuteStmt(connection, internal::Prepare(connection, sql, waitLimitMs), nullptr, nullptr, waitLimitMs);
+}
+}  // namespace DBStore
