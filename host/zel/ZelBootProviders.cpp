@@ -1,0 +1,141 @@
+#include <sys/stat.h>
+
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+#include "CSLogger.h"
+#include "HostUtil.h"
+#include "ZelBootWords.h"
+#include "ZelKernelFacts.h"
+#include "ZelProviders.h"
+#include "ZubEvents.h"
+
+namespace
+{
+std::optional<std::string> ReadKernelText(const char* path)
+{
+    std::ifstream file(HostPath(path), std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return file.is_open() && !text.fail() ? std::optional(text.str()) : std::nullopt;
+}
+
+std::optional<std::string> KernelCommandLine()
+{
+    std::optional<std::string> text = ReadKernelText("/proc/cmdline");
+    if (text && text->ends_with('\n')) {
+        text->pop_back();
+    }
+    return text;
+}
+
+ORV_ReturnStatus GiveFact(const char* name, std::string& data)
+{
+    NimbConfigStore::JsonDocument facts;
+    if (const ORV_ReturnStatus status = LoadKernelFacts(facts); status != ORV_OK) {
+        return status;
+    }
+    const auto fact = facts.FindMember(name);
+    if (fact == facts.MemberEnd() || !fact->value.IsString()) {
+        CSLogger::Log(CSLogger::ERROR, "The kernel's facts in %s give no text %s", KERNEL_FACTS_FILE, name);
+        return ORV_FAILURE;
+    }
+    data.assign(fact->value.GetString(), fact->value.GetStringLength());
+    return ORV_OK;
+}
+
+/// The answer that @p read takes from the kernel's command line, or the fact @p name inside another root.
+template <typename Read>
+ORV_ReturnStatus GiveOfCommandLine(const char* name, Read read, std::string& data)
+{
+    if (!IsRealHost()) {
+        return GiveFact(name, data);
+    }
+    const std::optional<std::string> commandLine = KernelCommandLine();
+    if (!commandLine) {
+        return ORV_FAILURE;
+    }
+    data = read(*commandLine);
+    return ORV_OK;
+}
+
+/// "00000001" becomes the four bytes 0, 0, 0, 1.
+bool BytesOfHex(const std::string& hex, std::string& bytes)
+{
+    std::uint32_t number = 0;
+    const char* end = hex.data() + hex.size();
+    const auto [stop, error] = std::from_chars(hex.data(), end, number, 16);
+    if (hex.size() != 8 || error != std::errc() || stop != end) {
+        return false;
+    }
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes += static_cast<char>(number >> shift);
+    }
+    return true;
+}
+
+/// The name under which the system lists the block device @p source among the file systems with a UUID.
+std::string UuidOfDevice(const std::string& source)
+{
+    struct stat device = {};
+    if (stat(HostPath(source).c_str(), &device) != 0 || !S_ISBLK(device.st_mode)) {
+        return "";
+    }
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(HostPath("/dev/disk/by-uuid"), error)) {
+        struct stat listed = {};
+        if (stat(entry.path().c_str(), &listed) == 0 && listed.st_rdev == device.st_rdev) {
+            return entry.path().filename().string();
+        }
+    }
+    return "";
+}
+}  // namespace
+
+ORV_ReturnStatus GetBootCmdLine(const ZEL_ParamList&, std::string& data)
+{
+    return GiveOfCommandLine(
+        "bootCmdLine", [](const std::string& commandLine) { return commandLine; }, data);
+}
+
+ORV_ReturnStatus GetBootMac(const ZEL_ParamList&, std::string& data)
+{
+    return GiveOfCommandLine("bootMAC", BootMacOf, data);
+}
+
+ORV_ReturnStatus GetBootOption(const ZEL_ParamList&, std::string& data)
+{
+    if (IsRealHost()) {
+        return GiveOfCommandLine("bootOption", BootOptionOf, data);
+    }
+    std::string hex;
+    if (const ORV_ReturnStatus status = GiveFact("bootOption", hex); status != ORV_OK) {
+        return status;
+    }
+    if (!BytesOfHex(hex, data)) {
+        CSLogger::Log(CSLogger::ERROR, "The kernel's facts in %s: bootOption is not eight hexadecimal digits",
+                      KERNEL_FACTS_FILE);
+        return ORV_FAILURE;
+    }
+    return ORV_OK;
+}
+
+ORV_ReturnStatus GetBootFileSystemUuid(const ZEL_ParamList&, std::string& data)
+{
+    if (!IsRealHost()) {
+        return GiveFact("bootFsUUID", data);
+    }
+    const std::optional<std::string> mounts = ReadKernelText("/proc/self/mountinfo");
+    // A boot file system of its own goes before the one that everything else is on.
+    for (const char* mountPoint : {"/boot", "/"}) {
+        const std::string source = mounts ? MountSourceOf(*mounts, mountPoint) : "";
+        data = source.starts_with("/dev/") ? UuidOfDevice(source) : "";
+        if (!data.empty()) {
+            return ORV_OK;
+        }
+    }
+    return ORV_NOT_FOUND;
+}

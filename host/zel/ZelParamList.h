@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "ZEL.h"
+
+struct ZEL_ParamList
+{
+    using Value = std::variant<std::string, std::int64_t>;
+
+    bool isInstance;
+    std::size_t capacity;
+    std::vector<Value> values;
+
+    const std::string& Text(std::size_t index) const { return std::get<std::string>(values.at(index)); }
+    std::int64_t Integer(std::size_t index) const { return std::get<std::int64_t>(values.at(index)); }
+};
