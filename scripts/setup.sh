@@ -4,7 +4,7 @@ set -eu
 
 packages="g++ clang clang-format clang-tidy libclang-rt-14-dev cmake ninja-build ccache git pkg-config
     rapidjson-dev libvalijson-dev libspdlog-dev libfmt-dev libcli11-dev libsqlite3-dev libxml2-dev libedit-dev
-    libgtest-dev libgmock-dev libbenchmark-dev python3 python3-jsonschema sqlite3 codespell shellcheck"
+    libgtest-dev libgmock-dev libbenchmark-dev uuid-dev python3 python3-jsonschema sqlite3 codespell shellcheck"
 
 missing=""
 for package in $packages; do

@@ -1,0 +1,138 @@
+#include <fcntl.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "FileHandle.h"
+#include "HostUtil.h"
+
+namespace
+{
+constexpr mode_t NEW_FILE_MODE = 0644;
+constexpr mode_t NEW_FOLDER_MODE = 0755;
+
+std::string FolderOf(const std::string& path)
+{
+    const std::size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
+}
+
+// Where anyone may plant a link under the name that is about to be created.
+bool IsWorldWritable(const std::string& folder)
+{
+    struct stat status;
+    return stat(folder.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0;
+}
+
+// A file without a name that anyone knows yet, beside the one that it is going to replace.
+class Replacement
+{
+public:
+    explicit Replacement(const std::string& target)
+        : target_(target), folder_(FolderOf(target)), name_(folder_ + "/.new-XXXXXX")
+    {
+        file_ = FileHandle(mkostemp(name_.data(), O_CLOEXEC));
+    }
+
+    ~Replacement()
+    {
+        if (file_.IsOpen()) {
+            (void)unlink(name_.c_str());  // gone already when it took its place
+        }
+    }
+
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+    const FileHandle& File() const { return file_; }
+
+    // A file that is replaced passes its mode on.
+    bool TakePlace(mode_t mode)
+    {
+        struct stat replaced;
+        if (lstat(target_.c_str(), &replaced) == 0 && S_ISREG(replaced.st_mode)) {
+            mode = replaced.st_mode;
+        }
+        return fchmod(file_.Get(), mode & 07777) == 0 && fsync(file_.Get()) == 0 &&
+               rename(name_.c_str(), target_.c_str()) == 0 && SyncFolder();
+    }
+
+private:
+    bool SyncFolder() const
+    {
+        const FileHandle folder(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        return folder.IsOpen() && fsync(folder.Get()) == 0;
+    }
+
+    const std::string target_;
+    const std::string folder_;
+    std::string name_;
+    FileHandle file_;
+};
+
+bool CopyContent(const FileHandle& from, const FileHandle& to)
+{
+    constexpr std::size_t CHUNK = std::size_t{1} << 30;
+    ssize_t copied = 0;
+    do {
+        copied = sendfile(to.Get(), from.Get(), nullptr, CHUNK);
+    } while (copied > 0);
+    return copied == 0;
+}
+
+// Only a regular file has a content that ends; without O_NONBLOCK opening a pipe would wait for its other end.
+FileHandle OpenSource(const std::string& path, struct stat& status)
+{
+    FileHandle source(HostOpen(path, O_RDONLY | O_NONBLOCK));
+    if (source.IsOpen() && fstat(source.Get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        return FileHandle();
+    }
+    return source;
+}
+}  // namespace
+
+int HostCopyFile(const std::string& from, const std::string& to)
+{
+    struct stat status = {};
+    const FileHandle source = OpenSource(from, status);
+    if (!source.IsOpen()) {
+        return errno;
+    }
+    Replacement copy(HostPathNoFollow(to));
+    const bool done = copy.File().IsOpen() && CopyContent(source, copy.File()) && copy.TakePlace(status.st_mode);
+    return done ? 0 : errno;
+}
+
+int HostReplaceFile(const std::string& path, const std::string& content)
+{
+    Replacement file(HostPathNoFollow(path));
+    const bool done = file.File().IsOpen() && file.File().WriteAll(content) && file.TakePlace(NEW_FILE_MODE);
+    return done ? 0 : errno;
+}
+
+int HostOpen(const std::string& path, int flags, mode_t mode)
+{
+    const std::string unfollowed = HostPathNoFollow(path);
+    if ((flags & O_CREAT) != 0 && IsWorldWritable(FolderOf(unfollowed))) {
+        flags |= O_NOFOLLOW;
+    }
+    return open(((flags & O_NOFOLLOW) != 0 ? unfollowed : HostPath(path)).c_str(), flags | O_CLOEXEC, mode);
+}
+
+int HostMakeFolders(const std::string& path)
+{
+    const std::string real = HostPath(path);
+    for (std::size_t end = real.find('/', 1);; end = real.find('/', end + 1)) {
+        if (mkdir(real.substr(0, end).c_str(), NEW_FOLDER_MODE) != 0 && errno != EEXIST) {
+            return errno;
+        }
+        if (end == std::string::npos) {
+            break;
+        }
+    }
+    struct stat status;
+    return stat(real.c_str(), &status) != 0 ? errno : S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
+}
