@@ -10,10 +10,20 @@ build: setup
 	@cmake --preset debug >/dev/null && cmake --build --preset debug
 
 test: build
-	@ctest --preset debug -j 2
+	@ctest --preset debug -j "$$(nproc)"
 
 demo: build
 	@scripts/demo.sh
+
+bench: setup
+	@cmake --preset release >/dev/null && cmake --build --preset release
+	@scripts/bench.sh
+
+format: setup
+	@scripts/format.sh
+
+lint: build
+	@scripts/lint.sh
 
 clean:
 	@rm -rf build
