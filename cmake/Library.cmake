@@ -14,5 +14,5 @@ target_link_libraries(configstorectl_objects PUBLIC platform nimbhost PRIVATE Pk
 add_library(configstorectl SHARED $<TARGET_OBJECTS:configstorectl_objects>)
 set_target_properties(configstorectl PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 target_link_libraries(configstorectl PUBLIC nimbhost PRIVATE PkgConfig::LIBXML2)
-target_link_options(configstorectl PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/configstorectl.map -Wl,--no-undefined)
+target_link_options(configstorectl PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/configstorectl.map)
 set_property(TARGET configstorectl APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/configstorectl.map)
