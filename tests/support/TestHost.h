@@ -46,10 +46,10 @@ public:
     struct Kernel
     {
         std::string bootCmdLine = "quiet";
-        std::string bootMAC;
+        std::string bootMAC = "";
         std::string bootOption = "00000000"; // four bytes in hexadecimal
         std::string bootFsUUID = "5f0d6f4e-7a64-4c0e-9d6e-0c3a5b1f2a11";
-        std::map<std::string, std::vector<std::string>> tardisks;
+        std::map<std::string, std::vector<std::string>> tardisks = {};
     };
     TestHost& WithKernel(const Kernel& kernel);
     TestHost& WithFeatures(const std::string& json);
