@@ -11,7 +11,6 @@
 #include "ZelBootWords.h"
 #include "ZelKernelFacts.h"
 #include "ZelProviders.h"
-#include "ZubEvents.h"
 
 namespace
 {

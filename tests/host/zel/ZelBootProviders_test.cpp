@@ -1,0 +1,150 @@
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <string>
+
+#include "HostUtil.h"
+#include "TestHost.h"
+#include "ZEL.h"
+#include "ZelBootWords.h"
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+using ZelBootProviders = HostTest;
+
+namespace
+{
+const char* const KERNEL_JSON = "/etc/talvor/platform/kernel.json";
+
+ORV_ReturnStatus Get(ZEL_NodeID node, std::string& text)
+{
+    char buffer[4096] = {};
+    const ORV_ReturnStatus status = ZEL_Get(node, nullptr, buffer, sizeof buffer);
+    text = buffer;
+    return status;
+}
+}  // namespace
+
+TEST_F(ZelBootProviders, TheFactsOfAnotherRootStandInItsFile)
+{
+    Host().WithKernel({.bootCmdLine = "quiet skorlInstalled",
+                       .bootMAC = "aa:bb:cc:dd:ee:ff",
+                       .bootOption = "00a1ff01",
+                       .bootFsUUID = "11111111-2222-3333-4444-555555555555"});
+    std::string text;
+    EXPECT_EQ(Get(ZEL_NODE_system_bootCmdLine, text), ORV_OK);
+    EXPECT_EQ(text, "quiet skorlInstalled");
+    EXPECT_EQ(Get(ZEL_NODE_system_bootMAC, text), ORV_OK);
+    EXPECT_EQ(text, "aa:bb:cc:dd:ee:ff");
+    EXPECT_EQ(Get(ZEL_NODE_system_bootFsUUID, text), ORV_OK);
+    EXPECT_EQ(text, "11111111-2222-3333-4444-555555555555");
+    unsigned char option[4] = {};
+    EXPECT_EQ(ZEL_Get(ZEL_NODE_system_bootOption, nullptr, option, sizeof option), ORV_OK);
+    EXPECT_THAT(option, ElementsAre(0x00, 0xa1, 0xff, 0x01));
+}
+
+TEST_F(ZelBootProviders, AMissingOrMalformedFactCannotBeReadAndTheOthersCan)
+{
+    Host().WriteFile(KERNEL_JSON, R"({"bootCmdLine": "quiet", "bootMAC": 7, "bootOption": "1"})");
+    std::string text;
+    EXPECT_EQ(Get(ZEL_NODE_system_bootCmdLine, text), ORV_OK);
+    EXPECT_EQ(Get(ZEL_NODE_system_bootMAC, text), ORV_FAILURE);
+    EXPECT_EQ(Get(ZEL_NODE_system_bootFsUUID, text), ORV_FAILURE);
+    EXPECT_EQ(Get(ZEL_NODE_system_bootOption, text), ORV_FAILURE);
+    EXPECT_THAT(Host().Log(),
+                ElementsAre(std::string("error The kernel's facts in ") + KERNEL_JSON + " give no text bootMAC",
+                            std::string("error The kernel's facts in ") + KERNEL_JSON + " give no text bootFsUUID",
+                            std::string("error The kernel's facts in ") + KERNEL_JSON +
+                                ": bootOption is not eight hexadecimal digits"));
+}
+
+TEST_F(ZelBootProviders, ABootOptionOfOtherCharactersIsRefused)
+{
+    for (const char* option : {"0000000g", "-0000001", "0x000001", "000000001", ""}) {
+        Host().WithKernel({.bootOption = option});
+        char buffer[4];
+        EXPECT_EQ(ZEL_Get(ZEL_NODE_system_bootOption, nullptr, buffer, sizeof buffer), ORV_FAILURE) << option;
+    }
+}
+
+TEST_F(ZelBootProviders, AFileThatIsMissingIsNamedOnce)
+{
+    Host().Remove(KERNEL_JSON);
+    std::string text;
+    EXPECT_EQ(Get(ZEL_NODE_system_bootCmdLine, text), ORV_FAILURE);
+    ASSERT_EQ(Host().Log().size(), 1u);
+    EXPECT_THAT(Host().Log()[0], HasSubstr("error Cannot read the kernel's facts from " + std::string(KERNEL_JSON)));
+}
+
+TEST_F(ZelBootProviders, AFileThatIsNoObjectGivesNoFacts)
+{
+    const std::string deep(1 << 20, '[');
+    for (const std::string& content : {std::string(), std::string("{\"bootCmdLine\": \"qu"), std::string("[1]"),
+                                       std::string("\x80\xff"), std::string("7"), deep}) {
+        Host().WriteFile(KERNEL_JSON, content).ClearLogs();
+        std::string text;
+        EXPECT_EQ(Get(ZEL_NODE_system_bootCmdLine, text), ORV_FAILURE) << content.substr(0, 20);
+        EXPECT_EQ(Host().Log().size(), 1u) << content.substr(0, 20);
+    }
+}
+
+TEST_F(ZelBootProviders, AFolderInPlaceOfTheFileGivesNoFacts)
+{
+    Host().Remove(KERNEL_JSON);
+    Host().MakeFolder(KERNEL_JSON);
+    std::string text;
+    EXPECT_EQ(Get(ZEL_NODE_system_bootFsUUID, text), ORV_FAILURE);
+}
+
+// Only reads: nothing of the machine that runs the tests is written.
+TEST(ZelRealHost, TheCommandLineIsThatOfTheRunningKernel)
+{
+    SetHostRoot("/");
+    std::string expected;
+    std::getline(std::ifstream("/proc/cmdline"), expected);
+    std::string text;
+    ASSERT_EQ(Get(ZEL_NODE_system_bootCmdLine, text), ORV_OK);
+    EXPECT_EQ(text, expected);
+    EXPECT_EQ(Get(ZEL_NODE_system_bootMAC, text), ORV_OK);
+    EXPECT_EQ(text, BootMacOf(expected));
+}
+
+TEST(ZelRealHost, TheBootFileSystemHasAUuidOrIsNotFound)
+{
+    SetHostRoot("/");
+    std::string text;
+    const ORV_ReturnStatus status = Get(ZEL_NODE_system_bootFsUUID, text);
+    EXPECT_EQ(status, text.empty() ? ORV_NOT_FOUND : ORV_OK);
+}
+
+TEST(ZelBootWords, TheBootMacIsTakenFromTheBootInterfaceWord)
+{
+    EXPECT_EQ(BootMacOf("quiet BOOTIF=01-AA-bb-0c-DD-ee-9f ip=dhcp"), "aa:bb:0c:dd:ee:9f");
+    EXPECT_EQ(BootMacOf("quiet ip=dhcp"), "");
+    EXPECT_EQ(BootMacOf("xBOOTIF=01-aa-bb-cc-dd-ee-ff"), "");
+    EXPECT_EQ(BootMacOf("BOOTIF=01-aa-bb-cc-dd-ee"), "");
+    EXPECT_EQ(BootMacOf("BOOTIF=01-aa-bb-cc-dd-ee-fg"), "");
+    EXPECT_EQ(BootMacOf("BOOTIF=01:aa:bb:cc:dd:ee:ff"), "");
+    EXPECT_EQ(BootMacOf("BOOTIF="), "");
+}
+
+TEST(ZelBootWords, TheInstallerMediaWordSetsTheFourthByte)
+{
+    EXPECT_EQ(BootOptionOf("quiet installerMedia"), std::string("\0\0\0\1", 4));
+    EXPECT_EQ(BootOptionOf("quiet noinstallerMedia installerMedia=0"), std::string(4, '\0'));
+}
+
+TEST(ZelBootWords, TheLastMountOfAPlaceIsItsSource)
+{
+    const std::string mounts =
+        "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
+        "23 22 0:5 / /dev rw - devtmpfs udev rw\n"
+        "24 22 8:2 / /boot rw master:2 shared:3 - ext4 /dev/sda2 rw\n"
+        "25 22 8:3 / /boot rw - ext4 /dev/sda3 rw\n"
+        "truncated\n";
+    EXPECT_EQ(MountSourceOf(mounts, "/"), "/dev/sda1");
+    EXPECT_EQ(MountSourceOf(mounts, "/boot"), "/dev/sda3");
+    EXPECT_EQ(MountSourceOf(mounts, "/home"), "");
+    EXPECT_EQ(MountSourceOf("22 1 8:1 / / rw", "/"), "");
+}
