@@ -2,8 +2,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <deque>
 #include <filesystem>
+#include <memory>
 #include <sstream>
 
 #include "HostUtil.h"
@@ -29,7 +31,10 @@ std::string& Root()
 }
 
 // In front of a logical path.
-std::string RealRoot() { return Root() == "/" ? "" : Root(); }
+std::string RealRoot()
+{
+    return Root() == "/" ? "" : Root();
+}
 
 bool IsLink(const std::string& path)
 {
@@ -157,7 +162,11 @@ std::string HostPathNoFollow(const std::string& path)
 
 std::optional<std::string> HostRealPath(const std::string& path)
 {
-    return path.empty() ? std::nullopt : Walk(path, true).Resolve(Missing::Refused);
+    if (!IsRealHost()) {
+        return path.empty() ? std::nullopt : Walk(path, true).Resolve(Missing::Refused);
+    }
+    const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), std::free);
+    return resolved != nullptr ? std::optional<std::string>(resolved.get()) : std::nullopt;
 }
 
 bool File_Exists(const char* path)
