@@ -18,7 +18,7 @@ namespace
 JsonValue& FindMember(JsonValue& parent, const JsonNode& node)
 {
     if (!ConfigStoreDocument::ValueExists(parent, node.name)) {
-        CSLogger::Log(CSLogger::ERROR, "Cannot find subobject %s", node.name);
+        CSLogger::Log(CSLogger::ERROR, "Cannot find subobject %s", node.name != nullptr ? node.name : "");
         throw ConfigStoreException(CS_ERROR_OPERATION, "Subobject does not exists.");
     }
     return parent[node.name];
@@ -26,6 +26,7 @@ JsonValue& FindMember(JsonValue& parent, const JsonNode& node)
 
 JsonValue& FindInstance(JsonValue& instances, const JsonNode& node)
 {
+    RAPIDJSON_ASSERT(node.key != nullptr);
     for (JsonValue& instance : instances.GetArray()) {
         const JsonValue& key = instance[node.key];
         if (key.IsString() && key == node.value) {
