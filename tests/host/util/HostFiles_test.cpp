@@ -1,0 +1,198 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include "HostUtil.h"
+#include "TestHost.h"
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+
+namespace
+{
+class HostFilesTest : public HostTest
+{
+protected:
+    void Link(const std::string& path, const std::string& target) { fs::create_symlink(target, Host().Real(path)); }
+
+    void MakeWorldWritable(const std::string& path) { chmod(Host().Real(path).c_str(), 01777); }
+
+    mode_t Mode(const std::string& path)
+    {
+        struct stat status = {};
+        EXPECT_EQ(stat(Host().Real(path).c_str(), &status), 0);
+        return status.st_mode & 07777;
+    }
+
+    std::vector<std::string> Names(const std::string& folder)
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(Host().Real(folder))) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+};
+
+// Opens and closes; the errno of a refused opening.
+int Opening(const std::string& path, int flags)
+{
+    const int file = HostOpen(path, flags);
+    if (file < 0) {
+        return errno;
+    }
+    close(file);
+    return 0;
+}
+
+// Writing beyond this size fails for everyone, root included.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const struct rlimit limit = {bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+private:
+    struct rlimit before_ = {};
+    sighandler_t handler_;
+};
+}  // namespace
+
+TEST_F(HostFilesTest, ACopyHasTheContentAndTheModeOfItsSource)
+{
+    const std::string content(3'000'000, 'c');
+    Host().WriteFile("/etc/from", content);
+    chmod(Host().Real("/etc/from").c_str(), 0600);
+    EXPECT_EQ(HostCopyFile("/etc/from", "/var/to"), 0);
+    EXPECT_TRUE(Host().ReadFile("/var/to") == content);
+    EXPECT_EQ(Mode("/var/to"), 0600u);
+}
+
+TEST_F(HostFilesTest, AReplacedFileKeepsItsMode)
+{
+    Host().WriteFile("/etc/file", "old");
+    chmod(Host().Real("/etc/file").c_str(), 0640);
+    EXPECT_EQ(HostReplaceFile("/etc/file", "new"), 0);
+    EXPECT_EQ(Host().ReadFile("/etc/file"), "new");
+    EXPECT_EQ(Mode("/etc/file"), 0640u);
+    EXPECT_EQ(HostReplaceFile("/etc/fresh", ""), 0);
+    EXPECT_EQ(Mode("/etc/fresh"), 0644u);
+}
+
+TEST_F(HostFilesTest, AReaderOfTheReplacedFileKeepsTheOldContent)
+{
+    Host().WriteFile("/etc/file", "old");
+    const int reader = HostOpen("/etc/file", O_RDONLY);
+    EXPECT_EQ(HostReplaceFile("/etc/file", "newer"), 0);
+    char content[8] = {};
+    EXPECT_EQ(read(reader, content, sizeof content), 3);
+    EXPECT_STREQ(content, "old");
+    close(reader);
+}
+
+TEST_F(HostFilesTest, AFailureIsAnErrnoAndLeavesNothingBehind)
+{
+    Host().WriteFile("/data/from", "content");
+    Host().WriteFile("/data/folder/inside", "");
+    EXPECT_EQ(HostCopyFile("/data/missing", "/data/to"), ENOENT);
+    EXPECT_EQ(HostCopyFile("/data/folder", "/data/to"), EISDIR);
+    EXPECT_EQ(HostCopyFile("/data/from", "/data/folder"), EISDIR);
+    EXPECT_EQ(HostCopyFile("/data/from", "/data/missing/to"), ENOENT);
+    EXPECT_EQ(HostReplaceFile("/data/folder", "x"), EISDIR);
+    EXPECT_EQ(HostReplaceFile("/data/from/below", "x"), ENOTDIR);
+    EXPECT_THAT(Names("/data"), ElementsAre("folder", "from"));
+    EXPECT_THAT(Names("/data/folder"), ElementsAre("inside"));
+}
+
+TEST_F(HostFilesTest, AnInterruptedWriteLeavesTheOldFileAsItWas)
+{
+    Host().WriteFile("/data/from", std::string(100'000, 'n'));
+    Host().WriteFile("/data/to", "old");
+    {
+        const FileSizeLimit limit(50'000);
+        EXPECT_EQ(HostCopyFile("/data/from", "/data/to"), EFBIG);
+        EXPECT_EQ(HostReplaceFile("/data/to", std::string(100'000, 'n')), EFBIG);
+    }
+    EXPECT_EQ(Host().ReadFile("/data/to"), "old");
+    EXPECT_THAT(Names("/data"), ElementsAre("from", "to"));
+}
+
+TEST_F(HostFilesTest, ReplacingALinkLeavesItsTargetAlone)
+{
+    Host().WriteFile("/etc/victim", "precious");
+    Link("/tmp/image-info.csv", "/etc/victim");
+    EXPECT_EQ(HostReplaceFile("/tmp/image-info.csv", "list"), 0);
+    EXPECT_EQ(Host().ReadFile("/etc/victim"), "precious");
+    EXPECT_EQ(Host().ReadFile("/tmp/image-info.csv"), "list");
+}
+
+TEST_F(HostFilesTest, ACopyFromAPipeIsRefusedWithoutWaiting)
+{
+    ASSERT_EQ(mkfifo(Host().Real("/etc/pipe").c_str(), 0600), 0);
+    EXPECT_EQ(HostCopyFile("/etc/pipe", "/etc/to"), EINVAL);
+    EXPECT_FALSE(Host().Exists("/etc/to"));
+}
+
+TEST_F(HostFilesTest, CreatingInAWorldWritableFolderFollowsNoLink)
+{
+    MakeWorldWritable("/tmp");
+    Host().WriteFile("/etc/victim", "precious");
+    Link("/tmp/config-upgrade-marker", "/etc/victim");
+    Link("/tmp/dangling", "/etc/planted");
+    EXPECT_EQ(Opening("/tmp/config-upgrade-marker", O_WRONLY | O_CREAT | O_TRUNC), ELOOP);
+    EXPECT_EQ(Opening("/tmp/dangling", O_WRONLY | O_CREAT), ELOOP);
+    EXPECT_EQ(Host().ReadFile("/etc/victim"), "precious");
+    EXPECT_FALSE(Host().Exists("/etc/planted"));
+    EXPECT_EQ(Opening("/tmp/fresh", O_WRONLY | O_CREAT), 0);
+}
+
+TEST_F(HostFilesTest, ElsewhereALinkIsFollowedUnlessTheCallerForbidsIt)
+{
+    Host().WriteFile("/var/target", "");
+    Link("/etc/link", "/var/target");
+    EXPECT_EQ(Opening("/etc/link", O_WRONLY | O_CREAT), 0);
+    EXPECT_EQ(Opening("/etc/link", O_RDONLY), 0);
+    EXPECT_EQ(Opening("/etc/link", O_RDONLY | O_NOFOLLOW), ELOOP);
+}
+
+TEST_F(HostFilesTest, AnOpenedFileIsClosedInChildPrograms)
+{
+    const int file = HostOpen("/etc/new", O_WRONLY | O_CREAT, 0600);
+    EXPECT_EQ(fcntl(file, F_GETFD), FD_CLOEXEC);
+    EXPECT_EQ(Mode("/etc/new"), 0600u);
+    close(file);
+    EXPECT_EQ(HostOpen("/etc/missing", O_RDONLY), -1);
+}
+
+TEST_F(HostFilesTest, FoldersAreMadeWithTheirParents)
+{
+    EXPECT_EQ(HostMakeFolders("/a/b/c"), 0);
+    EXPECT_EQ(HostMakeFolders("/a/b/c"), 0);
+    EXPECT_TRUE(fs::is_directory(Host().Real("/a/b/c")));
+    Host().WriteFile("/a/file", "");
+    EXPECT_EQ(HostMakeFolders("/a/file"), ENOTDIR);
+    EXPECT_EQ(HostMakeFolders("/a/file/below"), ENOTDIR);
+}
+
+TEST_F(HostFilesTest, FoldersAreMadeWhereALinkLeads)
+{
+    Link("/etc/data", "/var/data");
+    EXPECT_EQ(HostMakeFolders("/etc/data/x"), 0);
+    EXPECT_TRUE(fs::is_directory(Host().Real("/var/data/x")));
+}
