@@ -106,9 +106,9 @@ std::string QueryText(const DatabaseHandle& database, const char* sql)
     return text;
 }
 
-void LogStatementFailure(sqlite3* database, const char* sql)
+void LogStatementFailure(const char* reason, const char* sql)
 {
-    CSLogger::Log(CSLogger::ERROR, "Store statement failed: %s: %.*s", sqlite3_errmsg(database), MAX_LOGGED_TEXT, sql);
+    CSLogger::Log(CSLogger::ERROR, "Store statement failed: %s: %.*s", reason, MAX_LOGGED_TEXT, sql);
 }
 
 StoreConnection::StoreConnection(DatabaseHandle database) : database_(std::move(database)) {}
@@ -134,11 +134,11 @@ StatementHandle StoreConnection::PrepareAnew(const std::string& sql)
                                           SQLITE_PREPARE_PERSISTENT, &prepared, &rest);
     StatementHandle statement(prepared);
     if (result != SQLITE_OK) {
-        LogStatementFailure(database_.get(), sql.c_str());
+        LogStatementFailure(sqlite3_errmsg(database_.get()), sql.c_str());
         return nullptr;
     }
     if (!statement || !OnlySeparators(rest)) {
-        CSLogger::Log(CSLogger::ERROR, "Store statement failed: not one statement: %.*s", MAX_LOGGED_TEXT, sql.c_str());
+        LogStatementFailure("not one statement", sql.c_str());
         return nullptr;
     }
     return statement;

@@ -62,6 +62,6 @@ private:
     std::unordered_map<std::string, StatementHandle> idle_;  // destroyed, so finalised, before the database closes
 };
 
-/// Logs SQLite's reason and the statement at priority 0.
-void LogStatementFailure(sqlite3* database, const char* sql);
+/// One line at priority 0; a very long statement is cut.
+void LogStatementFailure(const char* reason, const char* sql);
 }  // namespace DBStore

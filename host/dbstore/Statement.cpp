@@ -3,8 +3,6 @@
 #include <utility>
 #include <vector>
 
-#include "CSLogger.h"
-
 namespace DBStore
 {
 namespace internal
@@ -42,7 +40,7 @@ Statement::~Statement()
 bool Statement::Bound(int result)
 {
     if (result != SQLITE_OK) {
-        LogStatementFailure(connection_->Database(), sqlite3_sql(handle_.get()));
+        LogStatementFailure(sqlite3_errmsg(connection_->Database()), sqlite3_sql(handle_.get()));
         bindFailed_ = true;
     }
     return result == SQLITE_OK;
@@ -75,13 +73,13 @@ int Statement::Step(RowCallback callback, void* context)
     int result = sqlite3_step(handle_.get());
     while (result == SQLITE_ROW) {
         if (callback != nullptr && !HandOver(callback, context)) {
-            CSLogger::Log(CSLogger::ERROR, "Store statement ended by its caller: %s", sqlite3_sql(handle_.get()));
+            LogStatementFailure("ended by its caller", sqlite3_sql(handle_.get()));
             return FAILURE;
         }
         result = sqlite3_step(handle_.get());
     }
     if (result != SQLITE_DONE) {
-        LogStatementFailure(connection_->Database(), sqlite3_sql(handle_.get()));
+        LogStatementFailure(sqlite3_errmsg(connection_->Database()), sqlite3_sql(handle_.get()));
         return FAILURE;
     }
     return SUCCESS;

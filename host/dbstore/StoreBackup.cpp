@@ -8,6 +8,7 @@
 
 #include "CSLogger.h"
 #include "Connection.h"
+#include "FileHandle.h"
 #include "HostUtil.h"
 
 namespace DBStore
@@ -28,11 +29,12 @@ public:
 
     const std::string& Path() const { return path_; }
 
-    /// Creates the empty file under a name that nobody else has.
-    bool Create()
+    /// Creates the empty file under a name that nobody else has, with the access rights of @p original.
+    bool CreateLike(const std::string& original)
     {
-        const int file = mkstemp(path_.data());
-        return file >= 0 && fchmod(file, 0644) == 0 && close(file) == 0;
+        struct stat info = {};
+        const FileHandle file(mkostemp(path_.data(), O_CLOEXEC));
+        return file.IsOpen() && stat(original.c_str(), &info) == 0 && fchmod(file.Get(), info.st_mode & 0777) == 0;
     }
 
 private:
@@ -56,21 +58,15 @@ std::string CopyPages(const std::string& from, const std::string& to)
     // Nobody reads the copy before it is whole and synced, so it needs neither a journal nor a sync of its own.
     RunSql(target, "PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF");
     sqlite3_backup* copy = sqlite3_backup_init(target.get(), "main", source.get(), "main");
-    if (copy != nullptr) {
-        sqlite3_backup_step(copy, -1);
-        sqlite3_backup_finish(copy);
-    }
-    return sqlite3_errcode(target.get()) == SQLITE_OK ? "" : sqlite3_errmsg(target.get());
+    const int result = copy != nullptr ? sqlite3_backup_step(copy, -1) : SQLITE_ERROR;
+    sqlite3_backup_finish(copy);
+    return result == SQLITE_DONE ? "" : sqlite3_errstr(result);
 }
 
 bool SyncFile(const std::string& path, int flags)
 {
-    const int file = open(path.c_str(), flags | O_RDONLY | O_CLOEXEC);
-    const bool synced = file >= 0 && fsync(file) == 0;
-    if (file >= 0) {
-        close(file);
-    }
-    return synced;
+    const FileHandle file(open(path.c_str(), flags | O_RDONLY | O_CLOEXEC));
+    return file.IsOpen() && fsync(file.Get()) == 0;
 }
 
 std::string FolderOf(const std::string& path)
@@ -80,11 +76,12 @@ std::string FolderOf(const std::string& path)
 
 std::string CopyStore(Type type, const std::string& realPath)
 {
+    const std::string store = HostPath(StorePath(type));
     TemporaryCopy copy(realPath + ".XXXXXX");
-    if (!copy.Create()) {
+    if (!copy.CreateLike(store)) {
         return SystemReason();
     }
-    const std::string reason = CopyPages(HostPath(StorePath(type)), copy.Path());
+    const std::string reason = CopyPages(store, copy.Path());
     if (!reason.empty()) {
         return reason;
     }

@@ -6,6 +6,7 @@
 
 #include "CSLogger.h"
 #include "Connection.h"
+#include "FileHandle.h"
 #include "HostUtil.h"
 #include "StoreTables.h"
 
@@ -22,12 +23,8 @@ std::string FolderOf(const std::string& path)
 bool SyncFolders(const std::string& path)
 {
     for (std::string folder = FolderOf(path); !folder.empty(); folder = FolderOf(folder)) {
-        const int file = HostOpen(folder, O_RDONLY | O_DIRECTORY);
-        const bool synced = file >= 0 && fsync(file) == 0;
-        if (file >= 0) {
-            close(file);
-        }
-        if (!synced) {
+        const FileHandle file(HostOpen(folder, O_RDONLY | O_DIRECTORY));
+        if (!file.IsOpen() || fsync(file.Get()) != 0) {
             return false;
         }
     }

@@ -1,0 +1,51 @@
+#include <gmock/gmock.h>
+
+#include "TestHost.h"
+
+using DBStore::ConnectionPtr;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace
+{
+class KeyValueTest : public HostTest
+{
+protected:
+    KeyValueTest() { Host().WithStores(); }
+};
+}  // namespace
+
+TEST_F(KeyValueTest, AnAbsentKeyReadsAsTheEmptyText)
+{
+    const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::ConfigStore, false);
+    std::string value = "old";
+    EXPECT_EQ(DBStore::ReadKeyValue("IS_BOOT", &value, connection), DBStore::SUCCESS);
+    EXPECT_EQ(value, "");
+    EXPECT_THAT(Host().Log(), IsEmpty());
+}
+
+TEST_F(KeyValueTest, WritingAgainReplacesTheValue)
+{
+    const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::ConfigStore, true);
+    EXPECT_EQ(DBStore::WriteKeyValue("BOOT_MODE", "1", connection), DBStore::SUCCESS);
+    EXPECT_EQ(DBStore::WriteKeyValue("BOOT_MODE", "0", connection), DBStore::SUCCESS);
+    std::string value;
+    EXPECT_EQ(DBStore::ReadKeyValue("BOOT_MODE", &value, connection), DBStore::SUCCESS);
+    EXPECT_EQ(value, "0");
+    EXPECT_EQ(Host().SqlValue("SELECT COUNT(*) FROM KeyValue"), "1");
+}
+
+TEST_F(KeyValueTest, AnEmptyValueIsKeptAsAText)
+{
+    const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::ConfigStore, true);
+    EXPECT_EQ(DBStore::WriteKeyValue("IS_BOOT", "", connection), DBStore::SUCCESS);
+    EXPECT_EQ(Host().SqlValue("SELECT typeof(Value) FROM KeyValue"), "text");
+}
+
+TEST_F(KeyValueTest, OnlyTheConfigStoreHasEntries)
+{
+    const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::DataFileStore, true);
+    EXPECT_EQ(DBStore::WriteKeyValue("k", "v", connection), DBStore::FAILURE);
+    EXPECT_THAT(Host().Log(), ElementsAre(HasSubstr("no such table: KeyValue")));
+}
