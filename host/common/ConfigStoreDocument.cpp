@@ -106,7 +106,7 @@ namespace ConfigStoreDocument
 {
 bool ValueExists(const JsonValue& value, const char* name)
 {
-    return value.IsObject() && value.HasMember(name);
+    return name != nullptr && value.IsObject() && value.HasMember(name);
 }
 
 void SerializeValue(const JsonValue& value, std::string& out)

@@ -1,0 +1,116 @@
+#include "ZubEvents.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "ConfigStoreDocument.h"
+#include "TestHost.h"
+
+using namespace NimbConfigStore;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+namespace
+{
+const char* const EVENT_FILE = "/var/log/talvor/events.jsonl";
+
+class ZubEventsTest : public HostTest
+{
+protected:
+    JsonDocument OnlyEvent()
+    {
+        JsonDocument event;
+        std::string reason;
+        EXPECT_TRUE(ConfigStoreDocument::ParseText(Host().ReadFile(EVENT_FILE), event, &reason)) << reason;
+        return event;
+    }
+};
+}  // namespace
+
+TEST_F(ZubEventsTest, AnEventIsOneLineWithItsTemplateFilledIn)
+{
+    DumpZub(ZUB_SCHEMA_FILE_ERROR, 1, "net-1.0.json");
+    const std::string line = Host().ReadFile(EVENT_FILE);
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);
+    const JsonDocument event = OnlyEvent();
+    EXPECT_THAT(event["time"].GetString(), MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\."
+                                                        "[0-9]{3}Z"));
+    EXPECT_STREQ(event["kind"].GetString(), "observation");
+    EXPECT_STREQ(event["id"].GetString(), "zub.user.cs.schema.file.error");
+    EXPECT_STREQ(event["text"].GetString(), "Error processing schema file net-1.0.json.");
+    ASSERT_EQ(event["args"].Size(), 1u);
+    EXPECT_STREQ(event["args"][0].GetString(), "net-1.0.json");
+}
+
+TEST_F(ZubEventsTest, EveryEventHasItsText)
+{
+    for (const ZubTemplate& known : ZUB_TEMPLATES) {
+        Host().Remove(EVENT_FILE);
+        const bool takesArgument = std::string(known.text).find("%s") != std::string::npos;
+        DumpZub(known.id, takesArgument ? 1 : 0, "X");
+        std::string expected = known.text;
+        if (takesArgument) {
+            expected.replace(expected.find("%s"), 2, "X");
+        }
+        EXPECT_EQ(OnlyEvent()["text"].GetString(), expected);
+    }
+}
+
+TEST_F(ZubEventsTest, EventsAreAppended)
+{
+    DumpZub(ZUB_DB_OPERATION_ERROR, 0);
+    EXPECT_TRUE(RaiseSystemAlert("down"));
+    DumpZub(ZUB_DESIRED_CONFIG_ERROR, 0);
+    EXPECT_THAT(Host().EventIds(), ElementsAre(ZUB_DB_OPERATION_ERROR, "alert", ZUB_DESIRED_CONFIG_ERROR));
+}
+
+TEST_F(ZubEventsTest, AnAlertIsItsTextAlone)
+{
+    EXPECT_TRUE(RaiseSystemAlert("100%s sure"));
+    EXPECT_THAT(Host().Events(), ElementsAre(RaisedEvent{"alert", "", "100%s sure", {}}));
+}
+
+TEST_F(ZubEventsTest, AnUnknownEventIsItsIdentifier)
+{
+    DumpZub("zub.user.other", 1, "argument");
+    EXPECT_THAT(Host().Events(),
+                ElementsAre(RaisedEvent{"observation", "zub.user.other", "zub.user.other", {"argument"}}));
+}
+
+TEST_F(ZubEventsTest, ArgumentsAreNotTemplatesThemselves)
+{
+    DumpZub(ZUB_SCHEMA_FILE_ERROR, 2, "%s", "second");
+    EXPECT_THAT(Host().Events(),
+                ElementsAre(RaisedEvent{
+                    "observation", ZUB_SCHEMA_FILE_ERROR, "Error processing schema file %s.", {"%s", "second"}}));
+}
+
+TEST_F(ZubEventsTest, AnArgumentOfAnyBytesLeavesTheLineReadable)
+{
+    DumpZub(ZUB_SCHEMA_FILE_ERROR, 1, "a\"b\nc\xff\xc3\xa9");
+    EXPECT_THAT(Host().Events(), ElementsAre(RaisedEvent{"observation",
+                                                         ZUB_SCHEMA_FILE_ERROR,
+                                                         "Error processing schema file a\"b\nc?\xc3\xa9.",
+                                                         {"a\"b\nc?\xc3\xa9"}}));
+}
+
+TEST_F(ZubEventsTest, AMissingFolderIsCreated)
+{
+    Host().Remove("/var/log");
+    DumpZub(ZUB_DFS_RESTORE_ERROR, 0);
+    EXPECT_THAT(Host().EventIds(), ElementsAre(ZUB_DFS_RESTORE_ERROR));
+}
+
+TEST_F(ZubEventsTest, AnEventThatCannotBeWrittenIsLogged)
+{
+    Host().MakeFolder(EVENT_FILE);
+    DumpZub(ZUB_DFS_RESTORE_ERROR, 0);
+    EXPECT_FALSE(RaiseSystemAlert("alert text"));
+    EXPECT_THAT(Host().Log(),
+                ElementsAre("error Cannot write observation \"DataFile store cannot be restored.\" to "
+                            "/var/log/talvor/events.jsonl: Is a directory",
+                            "error Cannot write alert \"alert text\" to /var/log/talvor/events.jsonl: Is a directory"));
+}
