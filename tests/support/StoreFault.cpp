@@ -1,0 +1,41 @@
+#include "StoreFault.h"
+
+#include <sqlite3.h>
+
+namespace
+{
+int refusedAction = 0;
+std::string refusedArgument;
+
+int Authorize(void*, int action, const char* argument, const char*, const char*, const char*)
+{
+    const bool refused =
+        action == refusedAction && (refusedArgument.empty() || (argument != nullptr && refusedArgument == argument));
+    return refused ? SQLITE_DENY : SQLITE_OK;
+}
+
+int InstallAuthorizer(sqlite3* database, const char**, const void*)
+{
+    return sqlite3_set_authorizer(database, Authorize, nullptr);
+}
+
+// SQLite declares the entry without parameters and calls it with those of an extension's.
+using AutoExtension = void (*)();
+AutoExtension Entry()
+{
+    return reinterpret_cast<AutoExtension>(InstallAuthorizer);
+}
+}  // namespace
+
+StoreFault::StoreFault(int action, const std::string& argument)
+{
+    refusedAction = action;
+    refusedArgument = argument;
+    sqlite3_auto_extension(Entry());
+}
+
+StoreFault::~StoreFault()
+{
+    sqlite3_cancel_auto_extension(Entry());
+    refusedAction = 0;
+}
