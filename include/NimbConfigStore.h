@@ -113,7 +113,7 @@ struct JsonNode
 {
     const char* name = nullptr;
     const char* key = nullptr;
-    std::string value;
+    std::string value{};
 };
 
 /// A parsed document and the pool that owns its values; values stay valid as long as someone holds it.

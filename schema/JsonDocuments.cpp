@@ -1,3 +1,5 @@
+#include <string_view>
+
 #include "CSLogger.h"
 #include "ConfigStoreDocument.h"
 #include "Errors.h"
@@ -29,7 +31,7 @@ JsonValue& FindInstance(JsonValue& instances, const JsonNode& node)
     RAPIDJSON_ASSERT(node.key != nullptr);
     for (JsonValue& instance : instances.GetArray()) {
         const JsonValue& key = instance[node.key];
-        if (key.IsString() && key == node.value) {
+        if (key.IsString() && std::string_view(key.GetString(), key.GetStringLength()) == node.value) {
             return instance;
         }
     }
@@ -70,7 +72,9 @@ std::shared_ptr<JsonDoc> CreateDocument()
 std::shared_ptr<JsonDoc> CreateDocumentFromFile(const std::string& path)
 {
     std::shared_ptr<JsonDoc> doc = CreateDocument();
-    if (!ConfigStoreDocument::ParseFile(path, *doc->document)) {
+    std::string reason;
+    if (!ConfigStoreDocument::ParseFile(path, *doc->document, &reason)) {
+        CSLogger::Log(CSLogger::DEBUG, "%s: %s", path.c_str(), reason.c_str());
         ThrowException<InvalidArgumentException, const char*>(CS_ERROR_JSON_FILE, path.c_str());
     }
     return doc;

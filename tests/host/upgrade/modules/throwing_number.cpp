@@ -1,0 +1,6 @@
+#include "NimbConfigUpgrade.h"
+
+extern "C" __attribute__((visibility("default"))) int ConfigUpgrade_Run(const ConfigUpgradeContext*)
+{
+    throw 5;
+}
