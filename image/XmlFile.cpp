@@ -1,33 +1,16 @@
 #include "XmlFile.h"
 
-#include <fcntl.h>
 #include <libxml/hash.h>
-#include <unistd.h>
 
+#include <climits>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 #include "HostUtil.h"
 
 namespace
 {
-class FileDescriptor
-{
-public:
-    explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-    ~FileDescriptor()
-    {
-        if (descriptor_ >= 0) {
-            close(descriptor_);
-        }
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    int Get() const { return descriptor_; }
-
-private:
-    int descriptor_;
-};
-
 constexpr int LONGEST_ENTITY = 256;
 
 /// An entity may stand for a short text, and for no other entity: what a document says then stays within a small
@@ -54,13 +37,16 @@ void Silence(void*, xmlErrorPtr) {}
 
 XmlDocument ParseXmlFile(const std::string& path)
 {
-    // By descriptor: given a name, the parser would take "%20" in it for a blank and unpack compressed files.
-    const FileDescriptor file(HostOpen(path, O_RDONLY));
-    if (file.Get() < 0) {
+    // From memory: given a name, the parser would take "%20" in it for a blank, unpack compressed files and print
+    // what it cannot read.
+    std::ostringstream content;
+    content << std::ifstream(HostPath(path), std::ios::binary).rdbuf();
+    const std::string text = content.str();
+    if (text.size() > INT_MAX) {
         return nullptr;
     }
-    XmlDocument document(xmlReadFd(file.Get(), nullptr, nullptr,
-                                   XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA));
+    XmlDocument document(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr,
+                                       XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
     if (document != nullptr && DeclaresGrowingEntities(*document)) {
         return nullptr;
     }
