@@ -1,0 +1,77 @@
+#include "DefaultConfigErrors.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "CSLogger.h"
+#include "ConfigStoreDocument.h"
+#include "HostUtil.h"
+#include "StorePaths.h"
+
+namespace NimbConfigStore
+{
+namespace
+{
+std::string ErrorFile(const std::string& name)
+{
+    return DEFAULT_CONFIG_ERRORS + name;
+}
+
+JsonValue TextValue(const std::string& text, JsonAllocator& allocator)
+{
+    return JsonValue(text.c_str(), static_cast<rapidjson::SizeType>(text.size()), allocator);
+}
+
+int ReplaceFile(const std::string& path, const std::string& content)
+{
+    const int failure = HostMakeFolders(std::filesystem::path(path).parent_path().string());
+    return failure != 0 ? failure : HostReplaceFile(path, content);
+}
+}  // namespace
+
+DefaultConfigErrors::DefaultConfigErrors() : document_(rapidjson::kObjectType)
+{
+    document_.AddMember("errors", JsonValue(rapidjson::kArrayType), document_.GetAllocator());
+}
+
+void DefaultConfigErrors::Add(const NimbSchemaStore::SchemaObjectId& id, const std::string& identifier,
+                              const std::string& error)
+{
+    JsonAllocator& allocator = document_.GetAllocator();
+    JsonValue entry(rapidjson::kObjectType);
+    entry.AddMember("component", TextValue(id.component, allocator), allocator);
+    entry.AddMember("group", TextValue(id.group, allocator), allocator);
+    entry.AddMember("key", TextValue(id.name, allocator), allocator);
+    entry.AddMember("identifier", TextValue(identifier, allocator), allocator);
+    entry.AddMember("error", TextValue(error, allocator), allocator);
+    document_["errors"].PushBack(entry, allocator);
+}
+
+bool DefaultConfigErrors::Empty() const
+{
+    return document_["errors"].Empty();
+}
+
+void DefaultConfigErrors::Write(const std::string& name) const
+{
+    const std::string path = ErrorFile(name);
+    CSLogger::Log(CSLogger::ERROR, "Creating default config error file %s", path.c_str());
+    std::string text;
+    ConfigStoreDocument::SerializeValue(document_, text);
+    const int failure = ReplaceFile(path, text);
+    if (failure != 0) {
+        CSLogger::Log(CSLogger::ERROR, "Failed to write %s: %s", path.c_str(), std::strerror(failure));
+    }
+}
+
+void RemoveDefaultConfigErrors(const std::string& name)
+{
+    const std::string path = ErrorFile(name);
+    if (unlink(HostPathNoFollow(path).c_str()) != 0 && errno != ENOENT) {
+        CSLogger::Log(CSLogger::WARNING, "Failed to remove %s: %s", path.c_str(), std::strerror(errno));
+    }
+}
+}  // namespace NimbConfigStore
