@@ -1,0 +1,59 @@
+#include "JsonValidator.h"
+
+#include "CompiledSchema.h"
+#include "ConfigStoreException.h"
+#include "FindingVisitor.h"
+#include "SchemaCheck.h"
+
+using NimbConfigStore::JsonDocument;
+using NimbConfigStore::JsonValue;
+
+namespace JsonValidator
+{
+namespace
+{
+std::string ProblemOf(const JsonValue& schema, JsonSchema::SchemaPatterns& patterns)
+{
+    try {
+        JsonSchema::SchemaCheck(schema, patterns).Run();
+        return "";
+    } catch (const JsonSchema::SchemaProblem& problem) {
+        return problem.what();
+    }
+}
+
+void WriteReport(const JsonSchema::Findings& findings, const std::string& name, JsonDocument& report)
+{
+    auto& allocator = report.GetAllocator();
+    report.SetArray();
+    for (const JsonSchema::Finding& finding : findings) {
+        JsonValue entry(rapidjson::kObjectType);
+        entry.AddMember("field", JsonSchema::TextValue(name + finding.place, allocator), allocator);
+        entry.AddMember("error", JsonSchema::TextValue(finding.expected + ", found " + finding.found, allocator),
+                        allocator);
+        report.PushBack(entry, allocator);
+    }
+}
+}  // namespace
+
+void Validate(const JsonValue& schema, const JsonValue& value, JsonDocument& report, const std::set<int>& rules,
+              const std::string& name)
+{
+    JsonSchema::ValidationState state;
+    const std::string problem = ProblemOf(schema, state.Patterns());
+    if (!problem.empty()) {
+        throw NimbConfigStore::ConfigStoreException(NimbConfigStore::CS_ERROR_OPERATION,
+                                                    ("Unusable schema: " + problem).c_str());
+    }
+    const JsonSchema::CompiledSchema compiled(schema, rules);
+    JsonSchema::Findings findings;
+    JsonSchema::FindingVisitor(state, value, nullptr, &findings).Check(compiled.Root());
+    WriteReport(findings, name, report);
+}
+
+std::string CheckSchema(const JsonValue& schema)
+{
+    JsonSchema::SchemaPatterns patterns;
+    return ProblemOf(schema, patterns);
+}
+}  // namespace JsonValidator

@@ -1,0 +1,249 @@
+#include "SchemaCheck.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+#include "ConfigStoreDocument.h"
+#include "SchemaFormats.h"
+#include "SchemaReferences.h"
+
+using NimbConfigStore::JsonValue;
+
+namespace JsonSchema
+{
+namespace
+{
+// References can make a small schema stand for an endless one.
+constexpr double MAX_SCHEMAS = 10'000'000;
+
+[[noreturn]] void Refuse(const Place* place, const std::string& why)
+{
+    throw SchemaProblem("at \"" + PointerTo(place) + "\": " + why);
+}
+
+std::string_view Text(const JsonValue& value)
+{
+    return {value.GetString(), value.GetStringLength()};
+}
+
+bool IsSchema(const JsonValue& value)
+{
+    return value.IsObject() || value.IsBool();
+}
+
+bool IsTypeName(const JsonValue& value)
+{
+    constexpr std::string_view NAMES[] = {"null", "boolean", "integer", "number", "string", "array", "object"};
+    return value.IsString() && std::find(std::begin(NAMES), std::end(NAMES), Text(value)) != std::end(NAMES);
+}
+
+bool AreTexts(const JsonValue& value)
+{
+    if (!value.IsArray()) {
+        return false;
+    }
+    std::set<std::string_view> seen;
+    return std::all_of(value.Begin(), value.End(),
+                       [&seen](const JsonValue& text) { return text.IsString() && seen.insert(Text(text)).second; });
+}
+
+bool AreTypes(const JsonValue& value)
+{
+    return IsTypeName(value) ||
+           (value.IsArray() && !value.Empty() && std::all_of(value.Begin(), value.End(), IsTypeName));
+}
+
+bool AreDependencies(const JsonValue& value)
+{
+    return value.IsObject() && std::all_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
+               return IsSchema(member.value) || AreTexts(member.value);
+           });
+}
+
+bool IsCount(const JsonValue& value)
+{
+    return value.IsUint64() && value.GetUint64() <= std::numeric_limits<std::int64_t>::max();
+}
+
+bool IsDivisor(const JsonValue& value)
+{
+    return value.IsNumber() && value.GetDouble() > 0 && (!value.IsUint64() || value.IsInt64());
+}
+}  // namespace
+
+void SchemaCheck::Run()
+{
+    Target(root_, nullptr);
+}
+
+SchemaCheck::Extent SchemaCheck::Target(const Value& schema, const Place* place)
+{
+    const auto known = targets_.find(&schema);
+    if (known != targets_.end()) {
+        return known->second;
+    }
+    if (!underWay_.insert(&schema).second) {
+        Refuse(place, "the reference leads back to itself");
+    }
+    const Extent extent = Schema(schema, place);
+    underWay_.erase(&schema);
+    return targets_[&schema] = extent;
+}
+
+SchemaCheck::Extent SchemaCheck::Schema(const Value& schema, const Place* place)
+{
+    if (schema.IsBool()) {
+        return {};
+    }
+    if (!schema.IsObject()) {
+        Refuse(place, std::string("expected ") + ExpectedOf(Shape::SCHEMA) + ", found " + Described(schema));
+    }
+    ++depth_;
+    Extent extent = Keywords(schema, place);
+    --depth_;
+    ++extent.levels;
+    if (depth_ + extent.levels > ConfigStoreDocument::MAX_DEPTH || extent.schemas > MAX_SCHEMAS) {
+        Refuse(place, "the schema is nested too deeply, or too large, when its references are followed");
+    }
+    return extent;
+}
+
+SchemaCheck::Extent SchemaCheck::Keywords(const Value& schema, const Place* place)
+{
+    if (depth_ > ConfigStoreDocument::MAX_DEPTH) {
+        Refuse(place, "the schema is nested too deeply when its references are followed");
+    }
+    Extent whole;
+    std::set<std::string_view> seen;
+    for (const auto& member : schema.GetObject()) {
+        const Place here{place, Text(member.name)};
+        const Keyword* keyword = FindKeyword(here.member);
+        if (!seen.insert(here.member).second) {
+            Refuse(&here, "the keyword stands twice");
+        }
+        if (keyword == nullptr && !IsAuthorsOwn(here.member)) {
+            Refuse(&here, "unknown keyword " + Quoted(here.member));
+        }
+        if (keyword == nullptr) {
+            continue;
+        }
+        Shaped(*keyword, member.value, &here);
+        const Extent inner = keyword->shape == Shape::REFERENCE ? ReferenceKeyword(schema, member.value, &here)
+                                                                : SubschemasOf(keyword->shape, member.value, &here);
+        if (keyword->family != DEFINITIONS) {
+            whole.levels = std::max(whole.levels, inner.levels);
+            whole.schemas += inner.schemas;
+        }
+    }
+    return whole;
+}
+
+SchemaCheck::Extent SchemaCheck::ReferenceKeyword(const Value& schema, const Value& reference, const Place* place)
+{
+    const Value* target = ResolveReference(root_, reference);
+    if (target == nullptr || !IsSchema(*target)) {
+        Refuse(place, "the reference " + Described(reference) + " leads to no schema of this document");
+    }
+    for (const auto& member : schema.GetObject()) {
+        const Keyword* keyword = FindKeyword(Text(member.name));
+        if (keyword != nullptr && keyword->family > ANNOTATION && keyword->shape != Shape::REFERENCE) {
+            Refuse(place, "beside a reference the keyword " + Quoted(keyword->name) + " is not applied");
+        }
+    }
+    return Target(*target, place);
+}
+
+SchemaCheck::Extent SchemaCheck::SubschemasOf(Shape shape, const Value& value, const Place* place)
+{
+    Extent whole{1, 0};
+    const auto include = [&](const Value& schema, const Place& here) {
+        const Extent inner = Target(schema, &here);
+        whole.levels = std::max(whole.levels, inner.levels);
+        whole.schemas += inner.schemas;
+    };
+    if (shape == Shape::SCHEMA || (shape == Shape::SCHEMA_OR_SCHEMAS && !value.IsArray())) {
+        include(value, *place);
+    } else if (shape == Shape::SCHEMAS || shape == Shape::SCHEMA_OR_SCHEMAS) {
+        for (rapidjson::SizeType i = 0; i < value.Size(); ++i) {
+            include(value[i], Place{place, {}, i, true});
+        }
+    } else if (shape == Shape::SCHEMA_MAP || shape == Shape::PATTERN_MAP || shape == Shape::DEPENDENCIES) {
+        for (const auto& member : value.GetObject()) {
+            if (!member.value.IsArray()) {
+                include(member.value, Place{place, Text(member.name)});
+            }
+        }
+    }
+    return whole;
+}
+
+void SchemaCheck::Shaped(const Keyword& keyword, const Value& value, const Place* place)
+{
+    if (!HasShape(keyword.shape, value)) {
+        Refuse(place, std::string("expected ") + ExpectedOf(keyword.shape) + ", found " + Described(value));
+    }
+    if (keyword.shape == Shape::PATTERN) {
+        Pattern(value, place);
+    }
+    if (keyword.shape == Shape::PATTERN_MAP) {
+        PatternNames(value, place);
+    }
+}
+
+bool SchemaCheck::HasShape(Shape shape, const Value& value) const
+{
+    switch (shape) {
+        case Shape::TEXT:
+        case Shape::PATTERN:
+        case Shape::REFERENCE:
+            return value.IsString();
+        case Shape::BOOLEAN:
+            return value.IsBool();
+        case Shape::NUMBER:
+            return value.IsNumber();
+        case Shape::DIVISOR:
+            return IsDivisor(value);
+        case Shape::COUNT:
+            return IsCount(value);
+        case Shape::TEXTS:
+            return AreTexts(value);
+        case Shape::ARRAY:
+            return value.IsArray();
+        case Shape::VALUES:
+        case Shape::SCHEMAS:
+            return value.IsArray() && !value.Empty();
+        case Shape::TYPES:
+            return AreTypes(value);
+        case Shape::FORMAT:
+            return value.IsString() && IsKnownFormat(Text(value));
+        case Shape::SCHEMA_MAP:
+        case Shape::PATTERN_MAP:
+            return value.IsObject();
+        case Shape::DEPENDENCIES:
+            return AreDependencies(value);
+        case Shape::ANY:
+        case Shape::SCHEMA:
+        case Shape::SCHEMA_OR_SCHEMAS:
+            return true;
+    }
+    return false;
+}
+
+void SchemaCheck::PatternNames(const Value& map, const Place* place)
+{
+    for (const auto& member : map.GetObject()) {
+        const Place here{place, Text(member.name)};
+        Pattern(member.name, &here);
+    }
+}
+
+void SchemaCheck::Pattern(const Value& text, const Place* place)
+{
+    try {
+        patterns_.Compiled(Text(text));
+    } catch (const std::runtime_error& error) {
+        Refuse(place, "the pattern " + Described(text) + " does not compile: " + error.what());
+    }
+}
+}  // namespace JsonSchema

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <regex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace JsonSchema
+{
+/// Regular expressions in the ECMAScript grammar, compiled once each and matched without recursion over the text: the
+/// time is linear in the text, whatever the pattern, and so is nothing on the stack. Back references, which cannot be
+/// matched that way, do not compile.
+class SchemaPatterns
+{
+public:
+    /// @throws std::runtime_error with the reason when the pattern does not compile or is too large.
+    const std::regex& Compiled(std::string_view pattern);
+
+    /// True when the pattern matches anywhere in @p text.
+    bool Matches(std::string_view pattern, std::string_view text);
+
+private:
+    std::unordered_map<std::string, std::regex> compiled_;
+};
+}  // namespace JsonSchema

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Json.h"
+
+namespace JsonSchema
+{
+/// The value inside @p root that the reference (a string) names; null for one that leads nowhere, or outside.
+const NimbConfigStore::JsonValue* ResolveReference(const NimbConfigStore::JsonValue& root,
+                                                   const NimbConfigStore::JsonValue& reference);
+
+/// A copy of the checked schema @p schema that may stand at @p place (member names from the root) of a larger one:
+/// its references lead there.
+NimbConfigStore::JsonValue CopyToPlace(const NimbConfigStore::JsonValue& schema, const std::vector<std::string>& place,
+                                       NimbConfigStore::JsonAllocator& allocator);
+}  // namespace JsonSchema

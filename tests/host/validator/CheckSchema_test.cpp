@@ -1,0 +1,169 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ConfigStoreException.h"
+#include "Findings.h"
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+namespace
+{
+/// "{"definitions": {"0": …, "N": …}, …}": each definition refers to the next as @p step says.
+std::string Chain(int length, const std::string& step)
+{
+    std::string definitions;
+    for (int i = 0; i < length; ++i) {
+        const std::string next = "{\"$ref\": \"#/definitions/" + std::to_string(i + 1) + "\"}";
+        std::string body = step;
+        for (std::size_t at = body.find('*'); at != std::string::npos; at = body.find('*', at)) {
+            body.replace(at, 1, next);
+        }
+        definitions += "\"" + std::to_string(i) + "\": " + body + ", ";
+    }
+    return R"({"$ref": "#/definitions/0", "definitions": {)" + definitions + "\"" + std::to_string(length) +
+           "\": {\"type\": \"string\"}}}";
+}
+}  // namespace
+
+TEST(CheckSchema, ASoundSchemaWithAnnotationsAndMarksHasNoProblem)
+{
+    EXPECT_EQ(ProblemOf(R"({"$schema": "http://json-schema.org/draft-07/schema#", "$id": "x", "title": "t",
+        "description": "d", "$comment": "c", "examples": [1], "default": {}, "type": "object", "x-owner": 5,
+        "properties": {"id": {"type": "string", "instanceId": true, "readOnly": true},
+            "v": {"vital": true, "cached": false, "deprecated": false, "writeOnly": true,
+                  "contentEncoding": "base64", "contentMediaType": "text/plain"}}})"),
+              "");
+    EXPECT_EQ(ProblemOf("true"), "");
+}
+
+TEST(CheckSchema, AReferenceThatDanglesOrLeavesTheDocumentIsRefusedByPlace)
+{
+    for (const char* reference : {"#/definitions/none", "http://example.com/x", "other.json#/a", "#name", "",
+                                  "definitions/a", "#/definitions/a/type", "#definitions/a", "#/definitions/a b"}) {
+        const std::string schema = R"({"properties": {"p": {"$ref": ")" + std::string(reference) +
+                                   R"("}}, "definitions": {"a": {"type": "string"}}})";
+        EXPECT_THAT(ProblemOf(schema), AllOf(StartsWith("at \"/properties/p/$ref\": the reference"),
+                                             HasSubstr("leads to no schema of this document")))
+            << reference;
+    }
+}
+
+TEST(CheckSchema, AReferenceCycleIsRefused)
+{
+    for (
+        const char* schema :
+        {R"({"$ref": "#"})", R"({"properties": {"child": {"$ref": "#"}}})",
+         R"({"$ref": "#/definitions/a", "definitions": {"a": {"$ref": "#/definitions/b"}, "b": {"$ref": "#/definitions/a"}}})",
+         R"({"definitions": {"unused": {"items": {"$ref": "#/definitions/unused"}}}})",
+         R"({"properties": {"a": {"not": {"$ref": "#/properties/a"}}}})"}) {
+        EXPECT_THAT(ProblemOf(schema), HasSubstr("leads back to itself")) << schema;
+    }
+}
+
+TEST(CheckSchema, OneDefinitionUsedTwiceIsNoCycle)
+{
+    EXPECT_EQ(ProblemOf(R"({"properties": {"a": {"$ref": "#/definitions/x"}, "b": {"$ref": "#/definitions/x"}},
+        "definitions": {"x": {"type": "string"}}})"),
+              "");
+}
+
+TEST(CheckSchema, ReferencesThatNestTooDeeplyOrMultiplyAreRefused)
+{
+    EXPECT_EQ(ProblemOf(Chain(100, R"({"allOf": [*]})")), "");
+    EXPECT_THAT(ProblemOf(Chain(300, R"({"allOf": [*]})")), HasSubstr("nested too deeply"));
+    EXPECT_THAT(ProblemOf(Chain(20000, "*")), HasSubstr("nested too deeply"));
+    EXPECT_THAT(ProblemOf(Chain(60, R"({"allOf": [*, *]})")), HasSubstr("too large"));
+}
+
+TEST(CheckSchema, APatternThatDoesNotCompileIsRefusedByPlace)
+{
+    EXPECT_THAT(ProblemOf(R"({"pattern": "("})"), StartsWith("at \"/pattern\": the pattern \"(\" does not compile: "));
+    EXPECT_THAT(ProblemOf(R"({"patternProperties": {"[": true}})"), StartsWith("at \"/patternProperties/[\": "));
+    EXPECT_THAT(ProblemOf(R"({"pattern": "(a)\\1"})"), HasSubstr("does not compile"));
+}
+
+TEST(CheckSchema, APatternThatWouldExhaustTheMatcherIsRefused)
+{
+    const std::string repeated = R"({"pattern": "^((a?){1000}){1000}$"})";
+    EXPECT_THAT(ProblemOf(repeated), HasSubstr("too large"));
+    EXPECT_THAT(ProblemOf("{\"pattern\": \"" + std::string(100000, '(') + "\"}"), HasSubstr("too large"));
+    const std::string many = R"({"pattern": "^(a?){400}$"})";
+    EXPECT_EQ(ProblemOf(many), "");
+    EXPECT_FALSE(Accepts(many, "\"" + std::string(50, 'a') + "b\""));
+}
+
+TEST(CheckSchema, AnUnknownKeywordIsRefusedByPlace)
+{
+    EXPECT_EQ(ProblemOf(R"({"properties": {"a": {"minimun": 5}}})"),
+              R"(at "/properties/a/minimun": unknown keyword "minimun")");
+    EXPECT_NE(ProblemOf(R"({"id": "x"})"), "");
+    EXPECT_NE(ProblemOf(R"({"format": "telephone"})"), "");
+    EXPECT_NE(ProblemOf(R"({"type": "string", "type": "null"})"), "");
+}
+
+TEST(CheckSchema, AKeywordBesideAReferenceIsRefusedBecauseItWouldNotApply)
+{
+    const std::string definitions = R"("definitions": {"a": {"type": "string"}})";
+    EXPECT_THAT(ProblemOf(R"({"properties": {"p": {"$ref": "#/definitions/a", "minLength": 5}}, )" + definitions + "}"),
+                HasSubstr("beside a reference the keyword \"minLength\" is not applied"));
+    EXPECT_EQ(ProblemOf(R"({"properties": {"p": {"$ref": "#/definitions/a", "vital": true}}, )" + definitions + "}"),
+              "");
+}
+
+TEST(CheckSchema, AKeywordsValueMustHaveItsShape)
+{
+    const char* const schemas[] = {
+        R"({"type": "text"})",
+        R"({"type": []})",
+        R"({"type": 5})",
+        R"({"enum": []})",
+        R"({"enum": "a"})",
+        R"({"required": ["a", "a"]})",
+        R"({"required": "a"})",
+        R"({"required": true})",
+        R"({"minimum": "1"})",
+        R"({"exclusiveMinimum": true})",
+        R"({"multipleOf": 0})",
+        R"({"multipleOf": -1})",
+        R"({"minLength": -1})",
+        R"({"maxItems": 1.5})",
+        R"({"maxItems": 18446744073709551615})",
+        R"({"uniqueItems": 1})",
+        R"({"pattern": 5})",
+        R"({"items": 5})",
+        R"({"items": [5]})",
+        R"({"properties": []})",
+        R"({"properties": {"a": "string"}})",
+        R"({"additionalProperties": "no"})",
+        R"({"allOf": []})",
+        R"({"anyOf": {}})",
+        R"({"oneOf": [1]})",
+        R"({"not": null})",
+        R"({"if": []})",
+        R"({"dependencies": {"a": "b"}})",
+        R"({"dependencies": {"a": [1]}})",
+        R"({"title": 5})",
+        R"({"instanceId": "yes"})",
+        R"({"vital": 1})",
+        R"({"definitions": {"a": 5}})",
+        R"({"examples": {}})",
+        R"({"$ref": 5})",
+        "5",
+    };
+    for (const char* schema : schemas) {
+        EXPECT_THAT(ProblemOf(schema), HasSubstr("expected ")) << schema;
+    }
+}
+
+TEST(CheckSchema, ValidatingAgainstAnUnusableSchemaThrowsItsProblem)
+{
+    try {
+        FindingsOf(R"({"$ref": "#"})", "1");
+        FAIL() << "accepted";
+    } catch (const NimbConfigStore::ConfigStoreException& error) {
+        EXPECT_EQ(error.code(), 2000);
+        EXPECT_STREQ(error.what(), "Unusable schema: at \"/$ref\": the reference leads back to itself");
+    }
+}
