@@ -25,8 +25,9 @@ public:
     /// Writes one line, formatted like printf.
     static void Log(log_priority priority, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-    /// Writes one line: the message template of @p code (ErrorMessageForId) filled with the arguments.
-    static void LogErrCode(log_priority priority, NimbConfigStore::CSErrorCodes code, ...);
+    /// Writes one line: the message template of @p code, one of CSErrorCodes (ErrorMessageForId), filled
+    /// with the arguments.
+    static void LogErrCode(log_priority priority, int code, ...);
 
     /// Starts copying every line to /var/log/talvor/NAME.log as well, which is begun anew.
     /// Gives 0, and copies nothing, when the file cannot be opened.

@@ -10,7 +10,7 @@
 /// The host root. Every fixed path of the system is a logical path; HostPath turns it into a real one at the place
 /// where it is handed to the operating system, and nowhere else. Log lines, events and results stay logical.
 ///
-/// Inside another root than "/" resolution stays inside it: an absolute link is followed from that root, "..""
+/// Inside another root than "/" resolution stays inside it: an absolute link is followed from that root, ".."
 /// stops at it. Nothing here caches, so the answers follow the file system.
 void SetHostRoot(const std::string& root);
 const std::string& HostRoot();
@@ -18,7 +18,8 @@ const std::string& HostRoot();
 /// True when the root is "/": the facts, the system log and the kernel are this machine's.
 bool IsRealHost();
 
-/// The real path of a logical one, links followed, the last component too. The last components need not exist.
+/// The real path of a logical one, links followed, the last component too. The last components need not exist. A path
+/// with more than 40 links becomes one that can be neither opened nor created.
 std::string HostPath(const std::string& path);
 
 /// The same, but a link in the last component is not followed (lstat, unlink, rename).
@@ -31,13 +32,16 @@ std::optional<std::string> HostRealPath(const std::string& path);
 bool File_Exists(const char* path);
 
 /// Copies a file as a whole: temporary file beside @p to, write, sync, rename, sync the folder.
+/// A file that is replaced passes its mode on, a new one has the mode of @p from; a link under the name @p to is
+/// replaced, not followed.
 /// @return 0, or the errno of the step that failed; nothing is then left under a temporary name.
 int HostCopyFile(const std::string& from, const std::string& to);
 
-/// Replaces a file with @p content in the same way.
+/// Replaces a file with @p content in the same way; a new one has mode 0644.
 int HostReplaceFile(const std::string& path, const std::string& content);
 
-/// Opens a logical path, inside the root, with O_CLOEXEC added to @p flags. -1 and errno on failure.
+/// Opens a logical path, inside the root, with O_CLOEXEC added to @p flags; with O_CREAT in a folder that everyone may
+/// write to, O_NOFOLLOW too. -1 and errno on failure.
 int HostOpen(const std::string& path, int flags, mode_t mode = 0644);
 
 /// Creates a folder and its missing parents. 0, or an errno.

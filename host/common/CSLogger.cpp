@@ -127,11 +127,11 @@ void CSLogger::Log(log_priority priority, const char* format, ...)
     va_end(arguments);
 }
 
-void CSLogger::LogErrCode(log_priority priority, NimbConfigStore::CSErrorCodes code, ...)
+void CSLogger::LogErrCode(log_priority priority, int code, ...)
 {
     va_list arguments;
     va_start(arguments, code);
-    LogText(priority, ErrorMessageForId(code), arguments);
+    LogText(priority, ErrorMessageForId(static_cast<NimbConfigStore::CSErrorCodes>(code)), arguments);
     va_end(arguments);
 }
 
