@@ -16,6 +16,9 @@ constexpr const char* CONFIG_STORE_DEFINITIONS[] = {
 
     "CREATE INDEX IF NOT EXISTS ConfigMarked ON Config (UserValue) WHERE UserValue = 'mark for deletion'",
 
+    "CREATE INDEX IF NOT EXISTS ConfigEmpty ON Config (UserValue) WHERE UserValue IS NULL AND VitalValue IS NULL AND "
+    "CachedValue IS NULL AND DesiredValue IS NULL",
+
     "CREATE TABLE IF NOT EXISTS DesiredUserConfig (Component TEXT NOT NULL, ConfigGroup TEXT NOT NULL, "
     "Name TEXT NOT NULL, Identifier TEXT, Version TEXT, BootAction TEXT, Value TEXT, VitalValue TEXT, "
     "CachedValue TEXT, UNIQUE (Component, ConfigGroup, Name, Identifier))",
@@ -41,6 +44,8 @@ constexpr const char* SCHEMA_STORE_DEFINITIONS[] = {
     "CREATE TABLE IF NOT EXISTS SmartnicSchema (Component TEXT NOT NULL, ConfigGroup TEXT NOT NULL, "
     "Name TEXT NOT NULL, ValueType TEXT NOT NULL, PRIMARY KEY (Component, ConfigGroup, Name))",
 
+    "CREATE INDEX IF NOT EXISTS SmartnicByType ON SmartnicSchema (ValueType, Component, ConfigGroup, Name)",
+
     "CREATE TABLE IF NOT EXISTS DataFileSchema (Component TEXT NOT NULL, KEY TEXT NOT NULL, "
     "SchemaId TEXT NOT NULL DEFAULT '', SchemaJson TEXT NOT NULL DEFAULT '', PRIMARY KEY (Component, KEY))",
 };
@@ -61,6 +66,7 @@ constexpr const char* DATAFILE_STORE_TABLES[] = {"DataFileMetadata"};
 constexpr TableStatistics CONFIG_STORE_STATISTICS[] = {
     {"Config", "sqlite_autoindex_Config_1", "100000 10000 1000 100 1"},
     {"Config", "ConfigMarked", "1000 1000"},
+    {"Config", "ConfigEmpty", "1000 1000"},
     {"DesiredUserConfig", "sqlite_autoindex_DesiredUserConfig_1", "100000 10000 1000 100 1"},
     {"DesiredUserConfig", "StagedByAction", "100000 25000 2500 250 25 1"},
     {"DefaultConfig", "sqlite_autoindex_DefaultConfig_1", "100000 10000 1000 100 1"},
@@ -68,6 +74,7 @@ constexpr TableStatistics CONFIG_STORE_STATISTICS[] = {
 constexpr TableStatistics SCHEMA_STORE_STATISTICS[] = {
     {"ConfigSchema", "sqlite_autoindex_ConfigSchema_1", "1000 100 10 1"},
     {"SmartnicSchema", "sqlite_autoindex_SmartnicSchema_1", "100 10 2 1"},
+    {"SmartnicSchema", "SmartnicByType", "100 50 5 2 1"},
     {"DataFileSchema", "sqlite_autoindex_DataFileSchema_1", "100 10 1"},
 };
 constexpr TableStatistics DATAFILE_STORE_STATISTICS[] = {
