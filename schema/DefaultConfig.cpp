@@ -83,9 +83,7 @@ std::string IdentifierAt(const std::string& place, const JsonValue& value, const
     if (index >= value.Size()) {
         return "";
     }
-    const JsonValue& instance = value[static_cast<rapidjson::SizeType>(index)];
-    const bool named = ConfigStoreDocument::ValueExists(instance, property.c_str());
-    return named && instance[property.c_str()].IsString() ? JsonText(instance[property.c_str()]) : "";
+    return TextMember(value[static_cast<rapidjson::SizeType>(index)], property.c_str());
 }
 
 bool IsValid(const SchemaObjectId& id, const JsonValue& value, const SchemaObjectPtr& schema,

@@ -19,19 +19,24 @@ std::string JsonText(const JsonValue& value)
     return {value.GetString(), value.GetStringLength()};
 }
 
-std::string RequiredText(const JsonValue& object, const char* name)
+std::string TextMember(const JsonValue& value, const char* name)
 {
-    if (!ConfigStoreDocument::ValueExists(object, name) || !object[name].IsString()) {
-        ThrowMemberError(name, "a text");
-    }
-    return JsonText(object[name]);
+    return ConfigStoreDocument::ValueExists(value, name) && value[name].IsString() ? JsonText(value[name]) : "";
 }
 
-JsonValue& RequiredArray(JsonValue& object, const char* name)
+std::string RequiredText(const JsonValue& value, const char* name)
 {
-    if (!ConfigStoreDocument::ValueExists(object, name) || !object[name].IsArray()) {
+    if (!ConfigStoreDocument::ValueExists(value, name) || !value[name].IsString()) {
+        ThrowMemberError(name, "a text");
+    }
+    return JsonText(value[name]);
+}
+
+JsonValue& RequiredArray(JsonValue& value, const char* name)
+{
+    if (!ConfigStoreDocument::ValueExists(value, name) || !value[name].IsArray()) {
         ThrowMemberError(name, "an array");
     }
-    return object[name];
+    return value[name];
 }
 }  // namespace NimbConfigStore

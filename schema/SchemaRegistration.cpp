@@ -15,26 +15,24 @@ bool IsForThisSide(const JsonValue& element, bool nimbio)
     if (!ConfigStoreDocument::ValueExists(element, "smartnic")) {
         return !nimbio;
     }
-    const JsonValue& smartnic = element["smartnic"];
-    if (!ConfigStoreDocument::ValueExists(smartnic, "schema")) {
-        return false;
-    }
-    const std::string placement = JsonText(smartnic["schema"]);
+    const std::string placement = TextMember(element["smartnic"], "schema");
     return placement == "nimb-shared" || (placement == "nimbio-only" && nimbio);
 }
 
 void RegisterElement(const std::string& schemaId, const JsonValue& element, const RegistrationRun& run)
 {
-    const std::string key = RequiredText(element, "key");
-    const std::string group = RequiredText(element, "group");
-    const std::string component = RequiredText(element, "component");
-    if (run.placement && !IsForThisSide(element, run.nimbio)) {
+    const std::string key = TextMember(element, "key");
+    const std::string group = TextMember(element, "group");
+    const std::string component = TextMember(element, "component");
+    const bool isNamed = !key.empty() && !group.empty() && !component.empty();
+    if (isNamed && run.placement && !IsForThisSide(element, run.nimbio)) {
         CSLogger::Log(CSLogger::INFO, "[SchemaProcessor]: Skipping schema %s/%s/%s for nimbio=%d", component.c_str(),
                       group.c_str(), key.c_str(), run.nimbio ? 1 : 0);
         return;
     }
     std::string text;
     ConfigStoreDocument::SerializeValue(element, text);
+    // Without a name too: the store refuses it, and so learns that the file is not complete.
     NimbSchemaStore::SetSchema(schemaId, component, group, key, text, run.store,
                                ConfigStoreDocument::ValueExists(element, "smartnic"));
 }
