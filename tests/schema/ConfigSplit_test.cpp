@@ -30,7 +30,10 @@ std::map<std::string, std::string> Split(const std::string& value, const std::st
     return texts;
 }
 
-std::string Properties(const std::string& properties) { return R"({"properties": {)" + properties + "}}"; }
+std::string Properties(const std::string& properties)
+{
+    return R"({"properties": {)" + properties + "}}";
+}
 
 const std::string MARKED = Properties(R"("id": {"instanceId": true}, "u": {}, "v": {"vital": true},
                                          "c": {"cached": true})");
@@ -95,9 +98,9 @@ TEST(ConfigSplit, TheMerePresenceOfAMarkDecides)
 
 TEST(ConfigSplit, AMarkedObjectIsKeptWhole)
 {
-    EXPECT_THAT(Split(R"({"o":{"u":1,"c":2}})",
-                      Properties(R"("o": {"vital": true, "properties": {"c": {"cached": true}}})")),
-                ElementsAre(Pair("cached", R"({"o":{"c":2}})"), Pair("vital", R"({"o":{"u":1,"c":2}})")));
+    EXPECT_THAT(
+        Split(R"({"o":{"u":1,"c":2}})", Properties(R"("o": {"vital": true, "properties": {"c": {"cached": true}}})")),
+        ElementsAre(Pair("cached", R"({"o":{"c":2}})"), Pair("vital", R"({"o":{"u":1,"c":2}})")));
 }
 
 TEST(ConfigSplit, ArraysOfObjectsAreSplitElementByElementInOrder)
@@ -142,4 +145,4 @@ TEST(ConfigSplit, ADeepDocumentIsSplit)
     }
     EXPECT_THAT(Split(value, schema), ElementsAre(Pair("vital", value)));
 }
-} // namespace
+}  // namespace

@@ -26,8 +26,8 @@ protected:
 
     void WriteSchema(const std::string& name, const std::string& package, const std::string& version)
     {
-        Write(name, R"({"data": [], "metadata": {"brevname": ")" + package + R"(", "brevversion": ")" + version +
-                        "\"}}");
+        Write(name,
+              R"({"data": [], "metadata": {"brevname": ")" + package + R"(", "brevversion": ")" + version + "\"}}");
     }
 
     std::vector<std::string> Order(const std::list<std::string>& names, bool versioning = true)
@@ -46,7 +46,10 @@ std::vector<std::string> Sorted(const SchemaIdMap& map, std::list<std::string> f
     return {files.begin(), files.end()};
 }
 
-std::string Nested(std::size_t levels) { return std::string(levels, '['); }
+std::string Nested(std::size_t levels)
+{
+    return std::string(levels, '[');
+}
 
 TEST_F(SchemaFilesTest, OnlyNamesThatEndInJsonAreListed)
 {
@@ -63,9 +66,8 @@ TEST_F(SchemaFilesTest, EveryOtherEntryIsLoggedTheFolderItselfAndItsParentToo)
     }
     (void)GetSchemaFiles(FOLDER);
     const std::string skipped = "info [SchemaProcessor] Skip processing non-json file ";
-    EXPECT_THAT(Host().Log(),
-                UnorderedElementsAre(skipped + "b.JSON", skipped + ".json", skipped + "readme", skipped + ".",
-                                     skipped + ".."));
+    EXPECT_THAT(Host().Log(), UnorderedElementsAre(skipped + "b.JSON", skipped + ".json", skipped + "readme",
+                                                   skipped + ".", skipped + ".."));
 }
 
 TEST_F(SchemaFilesTest, AFolderThatCannotBeOpenedListsNothingAndLogsNothing)
@@ -88,7 +90,8 @@ TEST_F(SchemaFilesTest, AFileWithoutIdentityRaisesTheMetadataEventWithItsPath)
 {
     Write("a.json", R"({"data": [], "metadata": {"brevname": "net"}})");
     EXPECT_EQ(ReadSchemaFile("a.json", FOLDER).schemaId, "");
-    EXPECT_THAT(Host().Events(), ElementsAre(RaisedEvent{"observation", "zub.user.cs.schema.metadata.error",
+    EXPECT_THAT(Host().Events(), ElementsAre(RaisedEvent{"observation",
+                                                         "zub.user.cs.schema.metadata.error",
                                                          "Invalid metadata in schema file /schemas/a.json.",
                                                          {"/schemas/a.json"}}));
     EXPECT_THAT(Host().Log(), ElementsAre("error [SchemaProcessor] Invalid format in schema file /schemas/a.json"));
@@ -238,4 +241,4 @@ TEST_F(SchemaFilesTest, WithoutVersioningNothingIsReadOrReordered)
     EXPECT_THAT(Order({"c.json", "a.json", "b.json"}, false), ElementsAre("c.json", "a.json", "b.json"));
     EXPECT_EQ(OrderSchemaFiles({"c.json"}, FOLDER, false).front().document, nullptr);
 }
-} // namespace
+}  // namespace

@@ -28,11 +28,18 @@ std::string Element(const std::string& key, const std::string& more = "")
 
 RaisedEvent SchemaEvent(const std::string& kind, const std::string& text, const std::string& argument)
 {
-    return {"observation", "zub.user.cs.schema." + kind + ".error", text + " schema file " + argument + ".", {argument}};
+    return {
+        "observation", "zub.user.cs.schema." + kind + ".error", text + " schema file " + argument + ".", {argument}};
 }
 
-RaisedEvent FileEvent(const std::string& name) { return SchemaEvent("file", "Error processing", name); }
-RaisedEvent MetadataEvent(const std::string& name) { return SchemaEvent("metadata", "Invalid metadata in", name); }
+RaisedEvent FileEvent(const std::string& name)
+{
+    return SchemaEvent("file", "Error processing", name);
+}
+RaisedEvent MetadataEvent(const std::string& name)
+{
+    return SchemaEvent("metadata", "Invalid metadata in", name);
+}
 
 class SchemaProcessorTest : public HostTest
 {
@@ -44,8 +51,7 @@ protected:
     std::vector<std::string> Registered()
     {
         std::vector<std::string> keys;
-        for (const Row& row :
-             Host().Sql("SELECT Name FROM ConfigSchema ORDER BY Name", DBStore::Type::SchemaStore)) {
+        for (const Row& row : Host().Sql("SELECT Name FROM ConfigSchema ORDER BY Name", DBStore::Type::SchemaStore)) {
             keys.push_back(row[0].value_or("NULL"));
         }
         return keys;
@@ -230,4 +236,4 @@ TEST_F(SchemaProcessorTest, ARefreshRunsNoModuleAfterFailedSchemas)
     EXPECT_FALSE(RefreshConfigStore({}, {"/usr/lib/talvor/configmanager/upgrade/lib/missing.so"}));
     EXPECT_THAT(Host().EventIds(), IsEmpty());
 }
-} // namespace
+}  // namespace

@@ -33,8 +33,7 @@ protected:
     std::vector<std::string> Registered()
     {
         std::vector<std::string> keys;
-        for (const Row& row :
-             Host().Sql("SELECT Name FROM ConfigSchema ORDER BY Name", DBStore::Type::SchemaStore)) {
+        for (const Row& row : Host().Sql("SELECT Name FROM ConfigSchema ORDER BY Name", DBStore::Type::SchemaStore)) {
             keys.push_back(row[0].value_or("NULL"));
         }
         return keys;
@@ -49,8 +48,9 @@ protected:
     }
 };
 
-const std::string ONE_OF_EACH = "[" + Element("plain") + "," + Element("shared", R"("smartnic": {"schema": "nimb-shared"})") +
-                                "," + Element("only", R"("smartnic": {"schema": "nimbio-only"})") + "]";
+const std::string ONE_OF_EACH = "[" + Element("plain") + "," +
+                                Element("shared", R"("smartnic": {"schema": "nimb-shared"})") + "," +
+                                Element("only", R"("smartnic": {"schema": "nimbio-only"})") + "]";
 
 TEST_F(SchemaRegistrationTest, WithoutThePlacementSwitchEveryElementIsRegistered)
 {
@@ -64,9 +64,8 @@ TEST_F(SchemaRegistrationTest, AnOrdinaryHostLeavesOutTheSmartnicsOwnElements)
     Host().WithFeatures(R"({"nimbioPlacement": true})");
     EXPECT_TRUE(Process(ONE_OF_EACH));
     EXPECT_THAT(Registered(), ElementsAre("plain", "shared"));
-    EXPECT_THAT(Host().Log(),
-                AllOf(Contains("info [SchemaProcessor]: Skipping schema nimb/network/only for nimbio=0"),
-                      Not(Contains("info [SchemaProcessor]: This is nimbio booting up."))));
+    EXPECT_THAT(Host().Log(), AllOf(Contains("info [SchemaProcessor]: Skipping schema nimb/network/only for nimbio=0"),
+                                    Not(Contains("info [SchemaProcessor]: This is nimbio booting up."))));
 }
 
 TEST_F(SchemaRegistrationTest, ASmartnicLeavesOutElementsWithoutPlacement)
@@ -100,8 +99,8 @@ TEST_F(SchemaRegistrationTest, AnyOtherPlacementIsSkippedOnBothSides)
 
 TEST_F(SchemaRegistrationTest, ElementsBeforeTheBadOneStayRegistered)
 {
-    EXPECT_FALSE(Process("[" + Element("a") + R"(, {"component": "nimb", "key": "b", "schema": {}}, )" +
-                         Element("c") + "]"));
+    EXPECT_FALSE(
+        Process("[" + Element("a") + R"(, {"component": "nimb", "key": "b", "schema": {}}, )" + Element("c") + "]"));
     EXPECT_THAT(Registered(), ElementsAre("a"));
     ExpectFileFailed();
     EXPECT_THAT(Host().Log(), Contains(AllOf(HasSubstr("net-1.0.0_0.1.json"), HasSubstr("group"))));
@@ -127,14 +126,15 @@ TEST_P(BadElement, FailsItsFileAndIsReported)
 
 INSTANTIATE_TEST_SUITE_P(
     SchemaRegistration, BadElement,
-    testing::Values("{}", "null", "\"text\"", "[7]", "[null]", "[[]]", "[{}]", R"([{"component": 1, "group": 2, "key": 3}])",
+    testing::Values("{}", "null", "\"text\"", "[7]", "[null]", "[[]]", "[{}]",
+                    R"([{"component": 1, "group": 2, "key": 3}])",
                     R"([{"component": "nimb", "group": "network", "key": ["a"], "schema": {}}])",
                     "[" + Element("a", "", "7") + "]", "[" + Element("a", R"("singleton": "no")") + "]",
-                    "[" + Element("a", R"("unheardOf": 1)") + "]",
-                    "[" + Element("a", "", R"({"$ref": "#"})") + "]",
+                    "[" + Element("a", R"("unheardOf": 1)") + "]", "[" + Element("a", "", R"({"$ref": "#"})") + "]",
                     "[" + Element("a", "", R"({"definitions": {"x": {"$ref": "#/definitions/y"}, "y": {"$ref":
-                        "#/definitions/x"}}, "$ref": "#/definitions/x"})") + "]",
+                        "#/definitions/x"}}, "$ref": "#/definitions/x"})") +
+                        "]",
                     "[" + Element("a", "", R"({"$ref": "#/definitions/nowhere"})") + "]",
                     "[" + Element("a", "", R"({"type": "string", "pattern": "("})") + "]",
                     "[" + Element("a", "", R"({"type": 7})") + "]"));
-} // namespace
+}  // namespace
