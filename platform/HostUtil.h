@@ -12,6 +12,7 @@
 ///
 /// Inside another root than "/" resolution stays inside it: an absolute link is followed from that root, ".."
 /// stops at it. Nothing here caches, so the answers follow the file system.
+/// SetHostRoot is called before anything else, by one thread; an empty name throws std::filesystem::filesystem_error.
 void SetHostRoot(const std::string& root);
 const std::string& HostRoot();
 
@@ -44,7 +45,7 @@ int HostReplaceFile(const std::string& path, const std::string& content);
 /// write to, O_NOFOLLOW too. -1 and errno on failure.
 int HostOpen(const std::string& path, int flags, mode_t mode = 0644);
 
-/// Creates a folder and its missing parents. 0, or an errno.
+/// Creates a folder and its missing parents, but never the host root itself. 0, or an errno.
 int HostMakeFolders(const std::string& path);
 
 /// The system log: syslog(3) on a real host, /var/log/talvor/syslog.log inside another root, whose messages are not

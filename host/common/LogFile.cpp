@@ -46,7 +46,7 @@ std::string OneLine(const std::string& text)
             line += "\\n";
         } else if (c == '\t') {
             line += "\\t";
-        } else if ((c >= 0 && c < ' ') || c == '\x7f') {
+        } else if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') {
             line += fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
         } else {
             line += c;

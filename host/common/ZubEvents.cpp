@@ -74,7 +74,7 @@ bool Append(const std::string& line)
 bool Raise(const Event& event)
 {
     if (IsRealHost()) {
-        HostSyslog(LOG_NOTICE, "%s %s: %s", event.kind, event.id.c_str(), event.text.c_str());
+        HostSyslog(LOG_NOTICE, "%s: %s", event.id.empty() ? event.kind : event.id.c_str(), event.text.c_str());
     }
     if (!Append(JsonLine(event))) {
         CSLogger::Log(CSLogger::ERROR, "Cannot write %s \"%s\" to %s: %s", event.kind, event.text.c_str(), EVENT_FILE,

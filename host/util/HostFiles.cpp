@@ -125,7 +125,9 @@ int HostOpen(const std::string& path, int flags, mode_t mode)
 int HostMakeFolders(const std::string& path)
 {
     const std::string real = HostPath(path);
-    for (std::size_t end = real.find('/', 1);; end = real.find('/', end + 1)) {
+    // Never the root itself: a mistyped root must not come into being.
+    const std::size_t firstName = IsRealHost() ? 1 : HostRoot().size() + 1;
+    for (std::size_t end = real.find('/', firstName);; end = real.find('/', end + 1)) {
         if (mkdir(real.substr(0, end).c_str(), NEW_FOLDER_MODE) != 0 && errno != EEXIST) {
             return errno;
         }

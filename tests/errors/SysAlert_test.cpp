@@ -1,8 +1,10 @@
 #include "SysAlert.h"
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include "TestHost.h"
+#include "ZEL.h"
 
 using NimbConfigStore::SetLSSysAlert;
 using testing::ElementsAre;
@@ -10,9 +12,21 @@ using testing::IsEmpty;
 
 namespace
 {
+bool outOfLists = false;
+bool listsAreFull = false;
+
+// The host's own function behind one that is replaced here.
+template <typename Function>
+Function* Original(const char* mangledName)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, mangledName));
+}
+
 class SysAlertTest : public HostTest
 {
 protected:
+    void TearDown() override { outOfLists = listsAreFull = false; }
+
     std::string OnlyAlert()
     {
         const std::vector<RaisedEvent> events = Host().Events();
@@ -21,6 +35,18 @@ protected:
     }
 };
 }  // namespace
+
+ZEL_ParamList* ZEL_ParamListCreate(int isInstance, int capacity)
+{
+    static const auto create = Original<decltype(ZEL_ParamListCreate)>("_Z19ZEL_ParamListCreateii");
+    return outOfLists ? nullptr : create(isInstance, capacity);
+}
+
+ORV_ReturnStatus ZEL_ParamListAddString(ZEL_ParamList* list, const char* text)
+{
+    static const auto add = Original<decltype(ZEL_ParamListAddString)>("_Z22ZEL_ParamListAddStringP13ZEL_ParamListPKc");
+    return listsAreFull ? ORV_LIMIT_EXCEEDED : add(list, text);
+}
 
 TEST_F(SysAlertTest, AnAlertReachesTheOperator)
 {
@@ -54,4 +80,20 @@ TEST_F(SysAlertTest, AnAlertThatCannotBeRaisedIsLogged)
     EXPECT_THAT(Host().Log(),
                 ElementsAre("error Cannot write alert \"text\" to /var/log/talvor/events.jsonl: Is a directory",
                             "error Failed to raise sysAlert with status: Failure"));
+}
+
+TEST_F(SysAlertTest, AnAlertWithoutAParameterListIsLogged)
+{
+    outOfLists = true;
+    SetLSSysAlert("text");
+    EXPECT_THAT(Host().Log(), ElementsAre("error Failed to raise sysAlert. Failed to create zel param list."));
+    EXPECT_THAT(Host().Events(), IsEmpty());
+}
+
+TEST_F(SysAlertTest, AnAlertThatDoesNotFitTheParameterListIsLogged)
+{
+    listsAreFull = true;
+    SetLSSysAlert("text");
+    EXPECT_THAT(Host().Log(), ElementsAre("error Failed to raise sysAlert. Failed to add string to zel param list."));
+    EXPECT_THAT(Host().Events(), IsEmpty());
 }

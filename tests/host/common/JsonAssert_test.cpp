@@ -156,7 +156,6 @@ TEST_F(JsonAssertTest, MisuseOfAWriterThrows)
         {"end of an array that was not begun", [&] { writer.EndArray(); }},
         {"array ended as an object",
          [&] {
-             StringWriter(text).StartArray();
              StringWriter other(text);
              other.StartArray();
              other.EndObject();

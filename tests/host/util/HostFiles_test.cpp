@@ -190,6 +190,14 @@ TEST_F(HostFilesTest, FoldersAreMadeWithTheirParents)
     EXPECT_EQ(HostMakeFolders("/a/file/below"), ENOTDIR);
 }
 
+TEST_F(HostFilesTest, TheRootItselfIsNeverMade)
+{
+    SetHostRoot(Host().Real("/mistyped"));
+    EXPECT_EQ(HostMakeFolders("/var/log/talvor"), ENOENT);
+    SetHostRoot(Host().Root());
+    EXPECT_FALSE(Host().Exists("/mistyped"));
+}
+
 TEST_F(HostFilesTest, FoldersAreMadeWhereALinkLeads)
 {
     Link("/etc/data", "/var/data");

@@ -40,6 +40,7 @@ TEST_F(HostRootTest, ARootIsKeptAbsoluteAndWithoutTrailingSlash)
 {
     SetHostRoot(Host().Root() + "/etc/./talvor/../");
     EXPECT_EQ(HostRoot(), Host().Real("/etc"));
+    EXPECT_THROW(SetHostRoot(""), fs::filesystem_error);
     SetHostRoot("relative");
     EXPECT_EQ(HostRoot(), (fs::current_path() / "relative").string());
     SetHostRoot(Host().Root());
