@@ -60,15 +60,27 @@ bool IsDescriptorName(const char* name)
     return name[0] != '.' && suffix != nullptr && strcmp(suffix, ".xml") == 0;
 }
 
-std::vector<std::string> PayloadsOf(xmlNodePtr payloads)
+void AddPayloads(xmlNodePtr payloads, std::vector<std::string>& names)
 {
-    std::vector<std::string> names;
     for (xmlNodePtr child = payloads->children; child != nullptr; child = child->next) {
         if (IsElement(child, "payload")) {
             names.push_back(TakeXmlText(xmlNodeGetContent(child)));
         }
     }
-    return names;
+}
+
+/// What the profile says of one brev: its identifier and payloads.
+std::pair<std::string, BrevInfo> ProfileEntry(xmlNodePtr element)
+{
+    std::pair<std::string, BrevInfo> entry;
+    for (xmlNodePtr child = element->children; child != nullptr; child = child->next) {
+        if (IsElement(child, "brev-id")) {
+            entry.first = TakeXmlText(xmlNodeGetContent(child));
+        } else if (IsElement(child, "payloads")) {
+            AddPayloads(child, entry.second.payloads);
+        }
+    }
+    return entry;
 }
 
 /// A new file in place of whatever stands there: in a world-writable folder that may be a link or a pipe.
@@ -194,16 +206,7 @@ void NimbImage::GetXmlBrevDetails(xmlNodeSetPtr nodes)
     }
     HostSyslog(LOG_INFO, "Found %d brevs in image profile.", nodes->nodeNr);
     for (int i = 0; i < nodes->nodeNr; ++i) {
-        std::string id;
-        BrevInfo brev;
-        for (xmlNodePtr child = nodes->nodeTab[i]->children; child != nullptr; child = child->next) {
-            if (IsElement(child, "brev-id")) {
-                id = TakeXmlText(xmlNodeGetContent(child));
-            } else if (IsElement(child, "payloads")) {
-                const std::vector<std::string> payloads = PayloadsOf(child);
-                brev.payloads.insert(brev.payloads.end(), payloads.begin(), payloads.end());
-            }
-        }
+        auto [id, brev] = ProfileEntry(nodes->nodeTab[i]);
         brevs[id] = std::move(brev);
     }
 }

@@ -34,10 +34,18 @@ const char* const CONFIG = "config";
 
 using PathSet = std::unordered_set<std::string>;
 
-// The declared files of the last filter run, by persistence class.
-PathSet vitalFiles;
-PathSet cachedFiles;
-PathSet configFiles;
+/// What the schemas declare at the time of one call, by persistence class.
+struct ClassSets
+{
+    PathSet vital;
+    PathSet cached;
+    PathSet config;
+
+    bool Contain(const std::string& path) const
+    {
+        return vital.contains(path) || cached.contains(path) || config.contains(path);
+    }
+};
 
 struct PathDeleter
 {
@@ -70,17 +78,14 @@ std::optional<DeclaredFile> DeclaredBy(const NimbSchemaStore::SchemaObject& obje
     return declared ? std::optional(file) : std::nullopt;
 }
 
-void FillClassSets()
+ClassSets DeclaredSets()
 {
-    std::unordered_map<std::string, std::vector<std::string>> files = GetBrevFiles();
-    vitalFiles = PathSet(files[VITAL].begin(), files[VITAL].end());
-    cachedFiles = PathSet(files[CACHED].begin(), files[CACHED].end());
-    configFiles = PathSet(files[CONFIG].begin(), files[CONFIG].end());
-}
-
-bool IsDeclared(const std::string& path)
-{
-    return vitalFiles.contains(path) || cachedFiles.contains(path) || configFiles.contains(path);
+    const std::unordered_map<std::string, std::vector<std::string>> files = GetBrevFiles();
+    const auto setOf = [&files](const char* persistence) {
+        const std::vector<std::string>& paths = files.at(persistence);
+        return PathSet(paths.begin(), paths.end());
+    };
+    return {setOf(VITAL), setOf(CACHED), setOf(CONFIG)};
 }
 
 /// The tardisks of the brevs that let changed files persist.
@@ -113,13 +118,13 @@ bool LeadsThroughLink(std::string path)
 }
 
 /// True when the path is declared under the name that it has without links.
-bool IsDeclaredBehindLinks(const std::string& path)
+bool IsDeclaredBehindLinks(const std::string& path, const ClassSets& declared)
 {
     if (!LeadsThroughLink(path)) {
         return false;
     }
     const std::optional<std::string> resolved = HostRealPath(path);
-    return resolved && IsDeclared(*resolved);
+    return resolved && declared.Contain(*resolved);
 }
 
 /// Reads a leaf whose data has the layout of ZEL_InodeStats on both sides of the interface.
@@ -164,8 +169,9 @@ std::string ShadowPath(const std::string& path)
 /// The name of the tardisk that first delivered a file; empty when that cannot be told.
 std::string TardiskOfFile(const std::string& path)
 {
+    const std::string shadowPath = HostPath(ShadowPath(path));
     struct stat shadow = {};
-    if (stat(HostPath(ShadowPath(path)).c_str(), &shadow) != 0) {
+    if (stat(shadowPath.c_str(), &shadow) != 0) {
         HostSyslog(LOG_ERR, "File stat(%s) failed with error %d", path.c_str(), errno);
         return "";
     }
@@ -193,12 +199,13 @@ bool PassesTardiskTest(const std::string& path, const PathSet& permittedTardisks
     return false;
 }
 
-bool MayPersist(const std::string& path, const PathSet& permittedTardisks)
+bool MayPersist(const std::string& path, const ClassSets& declared, const PathSet& permittedTardisks)
 {
     if (path.starts_with("/opt") && path.find(VITAL) != std::string::npos) {
-        return vitalFiles.contains(path) || PassesTardiskTest(path, permittedTardisks);
+        return declared.vital.contains(path) || PassesTardiskTest(path, permittedTardisks);
     }
-    return IsDeclared(path) || IsDeclaredBehindLinks(path) || PassesTardiskTest(path, permittedTardisks);
+    return declared.Contain(path) || IsDeclaredBehindLinks(path, declared) ||
+           PassesTardiskTest(path, permittedTardisks);
 }
 
 /// Replaces the list at @p listPath. @return false when it cannot be opened.
@@ -228,12 +235,12 @@ std::unordered_map<std::string, std::vector<std::string>> GetBrevFiles()
 
 std::vector<std::string> FilterStickyBitFiles(const std::vector<std::string>& files)
 {
-    FillClassSets();
+    const ClassSets declared = DeclaredSets();
     const PathSet permittedTardisks = PermittedTardisks();
     std::vector<std::string> kept;
     std::vector<std::string> refused;
     for (const std::string& file : files) {
-        (MayPersist(file, permittedTardisks) ? kept : refused).push_back(file);
+        (MayPersist(file, declared, permittedTardisks) ? kept : refused).push_back(file);
     }
     if (!refused.empty()) {
         (void)WriteList(SKIP_BACKUP_LIST, refused);  // a diagnosis only: the answer does not depend on it

@@ -18,6 +18,9 @@ ORV_ReturnStatus Guarded(Call call) noexcept
         return call();
     } catch (const std::bad_alloc&) {
         return ORV_NO_MEMORY;
+    } catch (const std::exception& error) {
+        CSLogger::Log(CSLogger::ERROR, "Kernel information cannot be given: %s", error.what());
+        return ORV_FAILURE;
     } catch (...) {
         return ORV_FAILURE;
     }

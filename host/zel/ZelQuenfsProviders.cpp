@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 
@@ -31,6 +32,15 @@ bool IsDelivered(const std::string& path, std::uint64_t inode, struct stat& foun
 {
     const std::size_t name = path.rfind('/') + 1;
     return HasInode(path, inode, found) || HasInode(path.substr(0, name) + ".#" + path.substr(name), inode, found);
+}
+
+bool ListsFilesByTardisk(const JsonValue& tardisks)
+{
+    const auto isPath = [](const JsonValue& file) { return file.IsString(); };
+    const auto isList = [&](const JsonValue::Member& tardisk) {
+        return tardisk.value.IsArray() && std::all_of(tardisk.value.Begin(), tardisk.value.End(), isPath);
+    };
+    return tardisks.IsObject() && std::all_of(tardisks.MemberBegin(), tardisks.MemberEnd(), isList);
 }
 
 /// The name of the tardisk that delivered the inode; null when none did.
@@ -106,8 +116,8 @@ ORV_ReturnStatus GetInodeStats(const ZEL_ParamList& instance, std::string& data)
         return status;
     }
     const auto tardisks = facts.FindMember("tardisks");
-    if (tardisks == facts.MemberEnd()) {
-        CSLogger::Log(CSLogger::ERROR, "The kernel's facts in %s name no tardisks", KERNEL_FACTS_FILE);
+    if (tardisks == facts.MemberEnd() || !ListsFilesByTardisk(tardisks->value)) {
+        CSLogger::Log(CSLogger::ERROR, "The kernel's facts in %s give no files by tardisk", KERNEL_FACTS_FILE);
         return ORV_FAILURE;
     }
     struct stat found = {};
