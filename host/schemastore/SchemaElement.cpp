@@ -123,8 +123,9 @@ public:
         CheckIdentity("group", id_.group);
         CheckIdentity("key", id_.name);
         Require(Find("file") == nullptr || id_.component == "files", "file", "is for component \"files\" only");
-        Require(Find("schema") != nullptr || Find("file") != nullptr || Find("dataFile") != nullptr, "schema",
-                "is missing");
+        const JsonValue* dataFile = Find("dataFile");
+        const bool needsNone = Find("file") != nullptr || (dataFile != nullptr && dataFile->GetBool());
+        Require(needsNone || Find("schema") != nullptr, "schema", "is missing");
         if (const JsonValue* schema = Find("schema")) {
             const std::string problem = JsonValidator::CheckSchema(*schema);
             Require(problem.empty(), "schema", "is unusable " + problem);
