@@ -1,10 +1,11 @@
 #include "CanonicalJson.h"
 
-#include <algorithm>
-#include <cstring>
-#include <vector>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
-#include "ConfigStoreDocument.h"
+#include <algorithm>
+#include <string_view>
+#include <vector>
 
 using NimbConfigStore::JsonValue;
 
@@ -13,61 +14,50 @@ namespace JsonSchema
 namespace
 {
 using Member = JsonValue::Member;
-
-void Append(const JsonValue& value, std::string& out);
+using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
 std::string_view Name(const Member* member)
 {
     return {member->name.GetString(), member->name.GetStringLength()};
 }
 
-void AppendObject(const JsonValue& object, std::string& out)
+std::vector<const Member*> InOrder(const JsonValue& object)
 {
     std::vector<const Member*> members;
+    members.reserve(object.MemberCount());
     for (const Member& member : object.GetObject()) {
         members.push_back(&member);
     }
     std::sort(members.begin(), members.end(), [](const Member* a, const Member* b) { return Name(a) < Name(b); });
-    char separator = '{';
-    for (const Member* member : members) {
-        out += separator;
-        Append(member->name, out);
-        out += ':';
-        Append(member->value, out);
-        separator = ',';
-    }
-    out += members.empty() ? "{}" : "}";
+    return members;
 }
 
-void AppendArray(const JsonValue& array, std::string& out)
-{
-    char separator = '[';
-    for (const JsonValue& element : array.GetArray()) {
-        out += separator;
-        Append(element, out);
-        separator = ',';
-    }
-    out += array.Empty() ? "[]" : "]";
-}
-
-void Append(const JsonValue& value, std::string& out)
+void Write(const JsonValue& value, Writer& writer)
 {
     if (value.IsObject()) {
-        AppendObject(value, out);
+        writer.StartObject();
+        for (const Member* member : InOrder(value)) {
+            writer.Key(member->name.GetString(), member->name.GetStringLength());
+            Write(member->value, writer);
+        }
+        writer.EndObject();
     } else if (value.IsArray()) {
-        AppendArray(value, out);
+        writer.StartArray();
+        for (const JsonValue& element : value.GetArray()) {
+            Write(element, writer);
+        }
+        writer.EndArray();
     } else {
-        std::string text;
-        ConfigStoreDocument::SerializeValue(value, text);
-        out += text;
+        value.Accept(writer);
     }
 }
 }  // namespace
 
 std::string Canonical(const JsonValue& value)
 {
-    std::string text;
-    Append(value, text);
-    return text;
+    rapidjson::StringBuffer text;
+    Writer writer(text);
+    Write(value, writer);
+    return {text.GetString(), text.GetSize()};
 }
 }  // namespace JsonSchema

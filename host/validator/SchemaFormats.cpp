@@ -10,7 +10,7 @@ namespace JsonSchema
 {
 namespace
 {
-#define DATE_PATTERN "[0-9]{4}-(0[1-9]|1[0-2])-(0[1-9]|[12][0-9]|3[01])"
+#define DATE_PATTERN "[0-9]{4}-(0[1-9]|1[0-2])-(0[1-9]|[12][0-9]|3[01])"  // macros: pieces of the texts below
 #define TIME_PATTERN "([01][0-9]|2[0-3]):[0-5][0-9]:([0-5][0-9]|60)(\\.[0-9]+)?([Zz]|[+-]([01][0-9]|2[0-3]):[0-5][0-9])"
 
 struct Format

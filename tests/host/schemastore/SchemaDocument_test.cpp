@@ -109,20 +109,20 @@ TEST_F(SchemaDocumentTest, EveryLevelMustBeAnObject)
     }
 }
 
-TEST_F(SchemaDocumentTest, ADocumentOfThousandsOfKeysIsCheckedAsAWhole)
+TEST_F(SchemaDocumentTest, ADocumentOfHundredsOfKeysIsCheckedAsAWhole)
 {
     const SchemaStorePtr run = SchemaStore::GetStore(true);
     std::string keys;
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 400; ++i) {
         const std::string key = "key" + std::to_string(i);
         SetSchema("big-1.0.0_1.0", "big", "g", key,
                   R"({"component": "big", "group": "g", "key": ")" + key +
                       R"(", "mutableDefaultConfig": true, "schema": {"properties": {"n": {"$ref": "#/definitions/n"}},
-                      "definitions": {"n": {"type": "integer", "maximum": 2999}}}})",
+                      "definitions": {"n": {"type": "integer", "maximum": 399}}}})",
                   run, false);
         keys += (i > 0 ? ", \"" : "\"") + key + "\": {\"n\": " + std::to_string(i + 1) + "}";
     }
     cache_ = run->GetCache();
     EXPECT_THAT(FindingsOf("{\"big\": {\"g\": {" + keys + "}}}"),
-                ElementsAre("/big/g/key2999/n: expected at most 2999, found 3000"));
+                ElementsAre("/big/g/key399/n: expected at most 399, found 400"));
 }

@@ -44,7 +44,7 @@ TEST(JsonValidatorCombinators, NotTurnsTheAnswerRound)
     EXPECT_TRUE(Accepts(R"({"not": {"not": {"type": "string"}}})", "\"a\""));
 }
 
-TEST(JsonValidatorCombinators, ACondictionChoosesTheSchemaThatReports)
+TEST(JsonValidatorCombinators, AConditionChoosesTheSchemaThatReports)
 {
     const std::string schema = R"({"if": {"properties": {"dhcp": {"const": true}}}, "then": {"maxProperties": 1},
         "else": {"required": ["address"]}})";
