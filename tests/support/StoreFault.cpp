@@ -6,11 +6,17 @@ namespace
 {
 int refusedAction = 0;
 std::string refusedArgument;
+std::string refusedColumn;
 
-int Authorize(void*, int action, const char* argument, const char*, const char*, const char*)
+bool Matches(const std::string& refused, const char* given)
+{
+    return refused.empty() || (given != nullptr && refused == given);
+}
+
+int Authorize(void*, int action, const char* argument, const char* column, const char*, const char*)
 {
     const bool refused =
-        action == refusedAction && (refusedArgument.empty() || (argument != nullptr && refusedArgument == argument));
+        action == refusedAction && Matches(refusedArgument, argument) && Matches(refusedColumn, column);
     return refused ? SQLITE_DENY : SQLITE_OK;
 }
 
@@ -27,10 +33,11 @@ AutoExtension Entry()
 }
 }  // namespace
 
-StoreFault::StoreFault(int action, const std::string& argument)
+StoreFault::StoreFault(int action, const std::string& argument, const std::string& column)
 {
     refusedAction = action;
     refusedArgument = argument;
+    refusedColumn = column;
     sqlite3_auto_extension(Entry());
 }
 

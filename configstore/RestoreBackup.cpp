@@ -1,0 +1,137 @@
+#include "RestoreBackup.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "CSLogger.h"
+#include "DBStore.h"
+#include "Files.h"
+#include "HostUtil.h"
+#include "NimbConfigStore.h"
+#include "StorePaths.h"
+#include "ZubEvents.h"
+
+namespace NimbConfigStore
+{
+namespace
+{
+/// Removes a file of which nobody needs to know; 0 or an errno. One that is not there is no error.
+int RemoveQuietly(const std::string& path)
+{
+    return unlink(HostPathNoFollow(path).c_str()) == 0 || errno == ENOENT ? 0 : errno;
+}
+
+// Before another store takes its place: SQLite would replay into it what an older one left beside it.
+void RemoveJournals(const std::string& store)
+{
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        if (const int reason = RemoveQuietly(store + suffix)) {
+            CSLogger::Log(CSLogger::ERROR, "Cannot remove %s%s: %s", store.c_str(), suffix, strerror(reason));
+        }
+    }
+}
+
+void RemoveStaleConfigStore()
+{
+    if (FileExists(CURRENT_STORE_FILE)) {
+        if (const int reason = RemoveQuietly(CURRENT_STORE_FILE)) {
+            CSLogger::Log(CSLogger::ERROR, "Cannot remove %s: %s", CURRENT_STORE_FILE, strerror(reason));
+            CSLogger::Log(CSLogger::ERROR, "Error removing sticky ConfigStore file");
+        }
+    }
+    RemoveJournals(CURRENT_STORE_FILE);
+}
+
+bool CopyStore(const std::string& backup, const char* store)
+{
+    RemoveJournals(store);
+    const int reason = HostCopyFile(backup, store);
+    if (reason != 0) {
+        CSLogger::Log(CSLogger::ERROR, "Cannot copy %s to %s: %s", backup.c_str(), store, strerror(reason));
+    }
+    return reason == 0;
+}
+
+std::string ChooseConfigBackup()
+{
+    for (const char* folder : {BACKUP_FOLDER, FIRSTBOOT_BACKUP_FOLDER}) {
+        const std::string backup = std::string(folder) + CURRENT_STORE_NAME;
+        if (FileExists(backup.c_str())) {
+            return backup;
+        }
+    }
+    return "";
+}
+
+// False when the host has to start with a new config store.
+bool RestoreConfigStore()
+{
+    const std::string backup = ChooseConfigBackup();
+    const char* path = backup.c_str();
+    if (backup.empty()) {
+        CSLogger::Log(CSLogger::INFO, "ConfigStore backup not found %s", path);
+        return false;
+    }
+    CSLogger::Log(CSLogger::INFO, "Restore ConfigStore from %s", path);
+    const char* failure = nullptr;
+    if (!DBStore::Check(path)) {
+        failure = "ConfigStore backup [%s] is inconsistent, creating new ConfigStore.";
+    } else if (!CopyStore(backup, CURRENT_STORE_FILE)) {
+        failure = "Cannot copy ConfigStore from backup [%s], creating new ConfigStore.";
+    }
+    if (failure != nullptr) {
+        CSLogger::Log(CSLogger::ERROR, failure, path);
+        DumpZub(ZUB_CREATESTORE_COPY_BACKUP_ERROR, 1, path);
+        return false;
+    }
+    CSLogger::Log(CSLogger::INFO, "ConfigStore restored successfully from backup");
+    return true;
+}
+
+void ReportDataFileStoreFailure(const char* format, const char* path)
+{
+    CSLogger::Log(CSLogger::ERROR, format, path);
+    DumpZub(ZUB_DFS_RESTORE_ERROR, 0);
+}
+
+void RestoreDataFileStore()
+{
+    const std::string backup = std::string(BACKUP_FOLDER) + DATAFILE_STORE_NAME;
+    const char* path = backup.c_str();
+    if (!FileExists(path)) {
+        CSLogger::Log(CSLogger::INFO, "DataFileStore backup not found %s", path);
+        return;
+    }
+    if (!DBStore::Check(path)) {
+        ReportDataFileStoreFailure("DataFileStore backup [%s] is inconsistent, will create new DataFileStore.", path);
+        return;
+    }
+    CSLogger::Log(CSLogger::INFO, "DataFileStore backup [%s] is valid.", path);
+    if (!CopyStore(backup, DATAFILE_STORE_FILE)) {
+        ReportDataFileStoreFailure("Cannot copy DataFileStore from backup [%s], will create new DataFileStore.", path);
+        return;
+    }
+    CSLogger::Log(CSLogger::INFO, "DataFileStore restored successfully from backup");
+}
+}  // namespace
+
+int RestoreFromBackup(bool restore)
+{
+    if (!restore) {
+        return 0;
+    }
+    RemoveStaleConfigStore();
+    const bool isNew = !RestoreConfigStore();
+    RestoreDataFileStore();
+    if (DBStore::CreateDatabases() != DBStore::SUCCESS) {
+        DumpZub(ZUB_DB_OPERATION_ERROR, 0);
+    }
+    if (isNew) {
+        SetBootMode(BOOTMODE_BOOT_CONFIG);
+    }
+    return isNew ? 1 : 0;
+}
+}  // namespace NimbConfigStore
