@@ -133,9 +133,9 @@ TEST_F(StagedConfigurationTest, AFailedApplyLeavesEveryRowAsItWas)
     StageRow("network/vswitch", "new", "{}");
     SetKey("BOOT_INFO", R"({"type":0})");
     SetKey("BOOT_MODE", "1");
-    const std::string before = DumpConfigStore();
+    const std::string before = DumpStore(DBStore::Type::ConfigStore);
     ApplyAgainst("1", SQLITE_DELETE, "DesiredUserConfig");
-    EXPECT_EQ(DumpConfigStore(), before);
+    EXPECT_EQ(DumpStore(DBStore::Type::ConfigStore), before);
     EXPECT_THAT(Host().Log(),
                 Contains("error GenerateDesiredConfiguration failed: Failed to cleanup desired configuration"));
     EXPECT_EQ(Host().Log().back(), SUCCESS);

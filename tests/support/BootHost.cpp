@@ -95,12 +95,15 @@ std::string BootHostTest::UserValue(const std::string& object, const std::string
     return rows.empty() ? "none" : rows[0][0].value_or("NULL");
 }
 
-std::string BootHostTest::DumpConfigStore()
+std::string BootHostTest::DumpStore(DBStore::Type type)
 {
-    return "Config:\n" +
-           Text(Host().Sql("SELECT Component, ConfigGroup, Name, Identifier, Version, Revision, UserValue, VitalValue, "
-                           "CachedValue, AutoConfValue, DesiredValue, Success FROM Config ORDER BY 1, 2, 3, 4")) +
-           "DesiredUserConfig:\n" + Text(Host().Sql("SELECT * FROM DesiredUserConfig ORDER BY 1, 2, 3, 4")) +
-           "DefaultConfig:\n" + Text(Host().Sql("SELECT * FROM DefaultConfig ORDER BY 1, 2, 3, 4")) + "KeyValue:\n" +
-           Text(Host().Sql("SELECT Key, Value FROM KeyValue ORDER BY Key"));
+    std::string dump;
+    for (const Row& table : Host().Sql("SELECT m.name, group_concat(c.name) FROM sqlite_schema AS m, "
+                                       "pragma_table_info(m.name) AS c WHERE m.type = 'table' AND m.name NOT LIKE "
+                                       "'sqlite_%' AND c.name <> 'CreationTime' GROUP BY m.name ORDER BY m.name",
+                                       type)) {
+        dump += *table[0] + ":\n";
+        dump += Text(Host().Sql("SELECT " + *table[1] + " FROM " + *table[0] + " ORDER BY " + *table[1], type));
+    }
+    return dump;
 }

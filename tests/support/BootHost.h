@@ -32,6 +32,6 @@ protected:
     /// The user value of a row; "none" without the row, "NULL" for no value.
     std::string UserValue(const std::string& object, const std::string& identifier = "");
 
-    /// Every row of the config store in a fixed order, all columns but the time of creation, and every key.
-    std::string DumpConfigStore();
+    /// Every row of every table in a fixed order, without the times of creation.
+    std::string DumpStore(DBStore::Type type);
 };
