@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "NimbConfigStore.h"
+
+namespace ConfigStoreCtl
+{
+/// The boot mode's name on the command line: none, desired, boot-config, smartnic or hostapi; "unknown" for a number
+/// that is no mode.
+const char* BootModeName(int mode);
+
+/// The mode that @p text names, by name or by number. @throws std::invalid_argument when it names none.
+NimbConfigStore::BOOTMODE ParseBootMode(const std::string& text);
+
+/// Why @p text names no boot mode; empty when it names one.
+std::string CheckBootMode(const std::string& text);
+}  // namespace ConfigStoreCtl

@@ -1,0 +1,86 @@
+#include "HostEvents.h"
+
+#include <unistd.h>
+
+#include <stdexcept>
+
+#include "ConfigStoreDocument.h"
+
+using NimbConfigStore::JsonDocument;
+using NimbConfigStore::JsonValue;
+
+namespace ConfigStoreCtl
+{
+namespace
+{
+constexpr const char* LOG_FILE = "/var/log/talvor/configstore.log";
+
+std::string Member(const JsonValue& object, const char* name)
+{
+    const auto member = object.FindMember(name);
+    return member != object.MemberEnd() && member->value.IsString() ? member->value.GetString() : "";
+}
+}  // namespace
+
+HostEvent ParseEvent(const std::string& line)
+{
+    JsonDocument document;
+    if (!ConfigStoreDocument::ParseText(line, document) || !document.IsObject()) {
+        return {"", "unreadable", "", line, {}};
+    }
+    HostEvent event{
+        Member(document, "time"), Member(document, "kind"), Member(document, "id"), Member(document, "text"), {}};
+    if (ConfigStoreDocument::ValueExists(document, "args") && document["args"].IsArray()) {
+        for (const JsonValue& argument : document["args"].GetArray()) {
+            event.args.emplace_back(argument.IsString() ? argument.GetString() : "");
+        }
+    }
+    return event;
+}
+
+CallWatch::CallWatch() : log_(LOG_FILE), events_(EVENT_FILE)
+{
+    log_.SkipToEnd();
+    events_.SkipToEnd();
+}
+
+std::string CallWatch::Errors()
+{
+    // A line is "TIME LEVEL [PROCESS] TEXT"; other processes write to the same file.
+    const std::string mark = " error [" + std::to_string(getpid()) + "] ";
+    std::string errors;
+    for (const std::string& line : log_.NewLines()) {
+        const std::size_t found = line.find(mark);
+        if (found != std::string::npos && found == line.find(' ')) {
+            errors += (errors.empty() ? "" : "; ") + line.substr(found + mark.size());
+        }
+    }
+    return errors;
+}
+
+std::vector<HostEvent> CallWatch::Events()
+{
+    std::vector<HostEvent> events;
+    for (const std::string& line : events_.NewLines()) {
+        events.push_back(ParseEvent(line));
+    }
+    return events;
+}
+
+void CallWatch::ThrowErrors(const std::string& otherwise)
+{
+    const std::string errors = Errors();
+    if (!errors.empty() || !otherwise.empty()) {
+        throw std::runtime_error(errors.empty() ? otherwise : errors);
+    }
+}
+
+std::vector<std::string> EventTexts(const std::vector<HostEvent>& events)
+{
+    std::vector<std::string> texts;
+    for (const HostEvent& event : events) {
+        texts.push_back((event.id.empty() ? event.kind : event.id) + ": " + event.text);
+    }
+    return texts;
+}
+}  // namespace ConfigStoreCtl

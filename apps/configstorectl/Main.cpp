@@ -1,0 +1,43 @@
+#include <fcntl.h>
+#include <unistd.h>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+
+#include "Program.h"
+
+namespace
+{
+/// A standard stream that was handed over closed would become the descriptor of the next file opened: a store, say,
+/// which the output would then overwrite. It is filled with one that can be neither read nor written the right way.
+void OccupyStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1) {
+            (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);  // takes the lowest free number
+        }
+    }
+}
+
+bool IsSet(const char* variable)
+{
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+bool TakesColours()
+{
+    const char* terminal = std::getenv("TERM");
+    const bool dumb = terminal != nullptr && std::strcmp(terminal, "dumb") == 0;
+    return isatty(STDOUT_FILENO) == 1 && !IsSet("NO_COLOR") && !dumb;
+}
+}  // namespace
+
+int main(int count, char** arguments)
+{
+    OccupyStandardStreams();
+    std::signal(SIGPIPE, SIG_IGN);
+    return ConfigStoreCtl::RunProgram({arguments + (count > 0 ? 1 : 0), arguments + count}, std::cout, std::cerr,
+                                      TakesColours());
+}

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <variant>
+#include <vector>
+
+namespace ConfigStoreCtl
+{
+/// A failed command: where, and why. The program puts its own name and the command's in front.
+class CommandFailure : public std::runtime_error
+{
+public:
+    CommandFailure(const std::string& where, const std::string& why) : std::runtime_error(where + ": " + why) {}
+};
+
+/// The stream did not take the output.
+class OutputFailure : public std::system_error
+{
+public:
+    explicit OutputFailure(int reason) : std::system_error(reason, std::generic_category()) {}
+};
+
+/// A JSON value in the text form that the store keeps.
+struct JsonText
+{
+    std::string text;
+};
+
+/// One value of a result; no value is null in JSON and "-" on a terminal.
+using Field = std::variant<std::monostate, bool, std::int64_t, std::string, JsonText, std::vector<std::string>>;
+
+struct Column
+{
+    const char* title;      ///< heading on a terminal; null: the column is in JSON only
+    const char* member;     ///< member of the JSON object; null: the column is on a terminal only
+    std::size_t width = 0;  ///< least width on a terminal
+};
+
+/// What a command found, in the form that both kinds of output are made of.
+struct Listing
+{
+    std::vector<Column> columns;
+    std::vector<std::vector<Field>> rows;
+};
+
+/// The result of one command: aligned text for people, or one JSON document. Nothing is written before Flush, so that
+/// a command that fails half way has printed nothing.
+class Output
+{
+public:
+    struct Style
+    {
+        bool json = false;
+        bool colour = false;
+    };
+    Output(std::ostream& stream, Style style) : stream_(stream), style_(style) {}
+
+    /// A table with a heading; in JSON an array of objects.
+    /// @param whenEmpty  on a terminal, said instead of a heading without rows.
+    void Table(const Listing& listing, const std::string& whenEmpty = "");
+
+    /// The one row of @p listing, a line per column; in JSON an object.
+    void Record(const Listing& listing);
+
+    /// Every row as a record; in JSON an array of objects.
+    void Records(const Listing& listing, const std::string& whenEmpty = "");
+
+    /// A table that goes on: rows alone, the heading only with @p first; in JSON one object per line.
+    void Stream(const Listing& listing, bool first);
+
+    /// The result stands, and is bad news: it is printed, and the command fails with @p what.
+    void Refuse(const std::string& what) { refusal_ = what; }
+    const std::string& Refusal() const { return refusal_; }
+
+    /// Writes what has been collected. @throws OutputFailure
+    void Flush();
+
+private:
+    std::string Bold(const std::string& text) const;
+    void TableLine(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths, bool bold);
+    void RecordLines(const Listing& listing, const std::vector<Field>& row);
+
+    std::ostream& stream_;
+    Style style_;
+    std::string text_;
+    std::string refusal_;
+};
+}  // namespace ConfigStoreCtl

@@ -1,0 +1,124 @@
+#include "StoreReader.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "HostUtil.h"
+#include "InspectStatements.h"
+#include "ObjectPath.h"
+
+namespace ConfigStoreCtl
+{
+namespace
+{
+std::string WhyNotOpened(const char* path)
+{
+    const int file = HostOpen(path, O_RDONLY);
+    if (file == -1) {
+        return std::string("cannot be opened: ") + std::strerror(errno);
+    }
+    close(file);
+    return "cannot be opened as a store";
+}
+
+std::string WhyNotRead(const char* path)
+{
+    return DBStore::Check(path) ? "cannot be read; the log says why" : "is damaged";
+}
+
+int Append(void* context, int columns, char** values, char**)
+{
+    StoreRow& row = static_cast<std::vector<StoreRow>*>(context)->emplace_back();
+    for (int i = 0; i < columns; ++i) {
+        row.push_back(values[i] != nullptr ? std::optional<std::string>(values[i]) : std::nullopt);
+    }
+    return 0;
+}
+}  // namespace
+
+DBStore::ConnectionPtr OpenForReading(DBStore::Type type)
+{
+    DBStore::ConnectionPtr connection = DBStore::GetConnection(type, false);
+    if (connection == nullptr) {
+        throw CommandFailure(DBStore::StorePath(type), WhyNotOpened(DBStore::StorePath(type)));
+    }
+    return connection;
+}
+
+void RequireStore(DBStore::Type type)
+{
+    (void)OpenForReading(type);
+}
+
+std::vector<StoreRow> ReadRows(DBStore::Type type, const std::string& sql, const std::vector<std::string>& parameters)
+{
+    const DBStore::ConnectionPtr connection = OpenForReading(type);
+    const DBStore::StatementPtr statement = DBStore::internal::Prepare(connection, sql, DBStore::WAIT_LIMIT_MS);
+    int index = 0;
+    for (const std::string& parameter : parameters) {
+        // A failed bind makes the run fail.
+        (void)DBStore::internal::Bind(statement, ++index, std::string_view(parameter));
+    }
+    std::vector<StoreRow> rows;
+    if (DBStore::ExecuteStmt(connection, statement, Append, &rows, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
+        throw CommandFailure(DBStore::StorePath(type), WhyNotRead(DBStore::StorePath(type)));
+    }
+    return rows;
+}
+
+std::vector<StoreRow> ReadRowsBelow(const std::string& statement, const std::string& path)
+{
+    const char* const filters[] = {Statements::FILTER_COMPONENT, Statements::FILTER_GROUP, Statements::FILTER_KEY,
+                                   Statements::FILTER_IDENTIFIER};
+    std::string sql = statement;
+    const std::vector<std::string> parts = path.empty() ? std::vector<std::string>{} : SplitObjectPath(path);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        sql += filters[i];
+    }
+    return ReadRows(DBStore::Type::ConfigStore, sql + Statements::ORDER_BY_OBJECT, parts);
+}
+
+std::string ReadEntry(const char* key)
+{
+    std::string value;
+    const char* path = DBStore::StorePath(DBStore::Type::ConfigStore);
+    if (DBStore::ReadKeyValue(key, &value, OpenForReading(DBStore::Type::ConfigStore)) != DBStore::SUCCESS) {
+        throw CommandFailure(path, WhyNotRead(path));
+    }
+    return value;
+}
+
+Field TextOf(const std::optional<std::string>& column)
+{
+    return column ? Field(*column) : Field();
+}
+
+Field NumberOf(const std::optional<std::string>& column)
+{
+    return column ? Field(std::int64_t{std::strtoll(column->c_str(), nullptr, 10)}) : Field();
+}
+
+Field JsonOf(const std::optional<std::string>& column)
+{
+    return column ? Field(JsonText{*column}) : Field();
+}
+
+std::string ObjectOf(const StoreRow& row)
+{
+    return row[0].value_or("") + "/" + row[1].value_or("") + "/" + row[2].value_or("");
+}
+
+std::vector<std::string> ValuesPresent(const StoreRow& row, std::size_t first, const std::vector<std::string>& names)
+{
+    std::vector<std::string> present;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (row[first + i] == "1") {
+            present.push_back(names[i]);
+        }
+    }
+    return present;
+}
+}  // namespace ConfigStoreCtl
