@@ -105,7 +105,7 @@ bool FindingVisitor::visit(const UniqueItemsConstraint&)
     for (rapidjson::SizeType i = 0; i < count && GoesOn(holds); ++i) {
         const auto [first, isNew] = seen.emplace(Canonical(value_[i]), i);
         const Place place{place_, {}, i, true};
-        holds = FindingVisitor(state_, value_[i], &place, findings_).Require(isNew, [&] {
+        holds = FindingVisitor(state_, value_[i], &place, findings_).Require(isNew, [&, first = first] {
             return "expected no element twice, but element " + std::to_string(first->second) + " is the same";
         }) && holds;
     }
