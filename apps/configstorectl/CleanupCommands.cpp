@@ -37,7 +37,7 @@ void CleanupStores(const Arguments& arguments, Output& output)
     NimbConfigStore::CleanupStore(!arguments.Has("--live"));
     watch.ThrowErrors();
     const RowCounts after;
-    output.Record({{{"rows removed", "rowsRemoved"}, {"data files removed", "dataFilesRemoved"}},
+    output.Record({{{"rows removed", "rowsRemoved"}, {"data-file records removed", "dataFileRecordsRemoved"}},
                    {{before.config - after.config, before.dataFiles - after.dataFiles}}});
 }
 
@@ -47,7 +47,7 @@ void CleanupFiles(const Arguments&, Output& output)
     CallWatch watch;
     NimbConfigStore::CleanupDataFiles();
     watch.ThrowErrors();
-    output.Record({{{"data files removed", "dataFilesRemoved"}},
+    output.Record({{{"data-file records removed", "dataFileRecordsRemoved"}},
                    {{before - Count(DBStore::Type::DataFileStore, Statements::COUNT_DATAFILES)}}});
 }
 }  // namespace ConfigStoreCtl

@@ -31,7 +31,8 @@ TEST_F(CleanupCommandsTest, LiveStoreCleanupRemovesFoldersToo)
     Host().Sql("INSERT INTO DataFileMetadata (Component, KEY, DirName, FileName) VALUES ('a','b','d','f')",
                DBStore::Type::DataFileStore);
     Host().WriteFile("/var/cache/datafiles/d/f", "data");
-    EXPECT_EQ(Run({"cleanup", "store", "--live"}).output, "rows removed        0\ndata files removed  1\n");
+    EXPECT_EQ(Run({"cleanup", "store", "--live"}).output,
+              "rows removed               0\ndata-file records removed  1\n");
     EXPECT_FALSE(Host().Exists("/var/cache/datafiles/d"));
 }
 
