@@ -11,16 +11,17 @@
 namespace JsonValidator
 {
 /// Families of schema keywords. A family that is not in the rule set is not applied; combinators (allOf, anyOf,
-/// oneOf, not, if) always are.
+/// oneOf, not, if) always are. Numbers count as they are written: 1.0 is no integer and not the same as 1. A pattern
+/// sees bytes and has no back references; a length counts characters.
 enum Rule : int
 {
     RULE_TYPES = 0,        ///< type, enum, const
     RULE_PRESENCE = 1,     ///< required, dependencies, minProperties, maxProperties
-    RULE_FORMATS = 2,      ///< format
+    RULE_FORMATS = 2,      ///< format: date, time, date-time, ipv4, ipv6, hostname, uuid
     RULE_VALUES = 3,       ///< minimum, maximum, exclusive bounds, multipleOf, minLength, maxLength, pattern
-    RULE_DEFAULTS = 4,     ///< default
-    RULE_READ_ONLY = 5,    ///< readOnly
-    RULE_DEPRECATIONS = 6, ///< deprecated
+    RULE_DEFAULTS = 4,     ///< default: a value that only repeats it is a finding
+    RULE_READ_ONLY = 5,    ///< readOnly: any value is a finding
+    RULE_DEPRECATIONS = 6, ///< deprecated: any value is a finding
     RULE_ARRAYS = 7,       ///< items, additionalItems, minItems, maxItems, uniqueItems, contains
     RULE_MEMBERS = 8,      ///< properties, patternProperties, additionalProperties, propertyNames
 };

@@ -125,7 +125,7 @@ void RemoveUndeclaredSchemas(const std::unordered_set<std::string>& expectedIds,
 
 /// Builds the one schema that covers a whole desired document: every object that @p desired mentions must be known
 /// and keep to its schema (or be "DELETE_DEFAULT" where its default is mutable). A root member "profile" is
-/// descended into. @p scratch owns what the schema document refers to.
+/// descended into, and its siblings are not read. @p schema owns all that it holds; @p scratch comes back null.
 void GenerateSchemaDocument(const NimbConfigStore::JsonDocument& desired, const SchemaObjectCachePtr& cache,
                             NimbConfigStore::JsonDocument& schema, NimbConfigStore::JsonDocument& scratch);
 } // namespace NimbSchemaStore

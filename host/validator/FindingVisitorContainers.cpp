@@ -103,10 +103,10 @@ bool FindingVisitor::visit(const UniqueItemsConstraint&)
     std::unordered_map<std::string, rapidjson::SizeType> seen;
     const rapidjson::SizeType count = value_.IsArray() ? value_.Size() : 0;
     for (rapidjson::SizeType i = 0; i < count && GoesOn(holds); ++i) {
-        const auto [first, isNew] = seen.emplace(Canonical(value_[i]), i);
+        const rapidjson::SizeType first = seen.emplace(Canonical(value_[i]), i).first->second;
         const Place place{place_, {}, i, true};
-        holds = FindingVisitor(state_, value_[i], &place, findings_).Require(isNew, [&, first = first] {
-            return "expected no element twice, but element " + std::to_string(first->second) + " is the same";
+        holds = FindingVisitor(state_, value_[i], &place, findings_).Require(first == i, [first] {
+            return "expected no element twice, but element " + std::to_string(first) + " is the same";
         }) && holds;
     }
     return holds;
