@@ -30,7 +30,8 @@ std::optional<int> ModeOfLoad()
 {
     const std::regex form("Generating desired user config: BootMode = (-?[0-9]+)$");
     std::optional<int> mode;
-    for (const std::string& line : LineTail(BOOT_LOG).NewLines()) {
+    LineTail log(BOOT_LOG);
+    for (const std::string& line : NewLinesIfReadable(log)) {
         if (std::smatch match; std::regex_search(line, match, form)) {
             mode = std::stoi(match[1]);
         }
@@ -91,16 +92,17 @@ void BootLoad(const Arguments& arguments, Output& output)
     const bool complete = NimbConfigStore::LoadStore(!arguments.Has("--no-restore")) == 0;
     const std::vector<HostEvent> events = watch.Events();
     const std::optional<int> mode = ModeOfLoad();
-    output.Record(
-        {{{"result", "result"},
-          {"boot mode", nullptr},
-          {nullptr, "bootMode"},
-          {nullptr, "bootModeName"},
-          {"boot info", "bootInfo"},
-          {"events", "events"}},
-         {{complete ? "complete" : "failed", ModeText(mode), mode ? Field(std::int64_t{*mode}) : Field(),
-           mode ? Field(BootModeName(*mode)) : Field(),
-           complete ? Field(JsonText{ReadEntry(NimbConfigStore::BOOT_INFO)}) : Field(), EventTexts(events)}}});
+    const std::string info = complete ? ReadEntry(NimbConfigStore::BOOT_INFO) : "";
+    output.Record({{{"result", "result"},
+                    {"boot mode", nullptr},
+                    {nullptr, "bootMode"},
+                    {nullptr, "bootModeName"},
+                    {"boot info", nullptr},
+                    {nullptr, "bootInfo"},
+                    {"events", "events"}},
+                   {{complete ? "complete" : "failed", ModeText(mode), mode ? Field(std::int64_t{*mode}) : Field(),
+                     mode ? Field(BootModeName(*mode)) : Field(), info, info.empty() ? Field() : Field(JsonText{info}),
+                     EventTexts(events)}}});
     if (!complete) {
         output.Refuse(LastAlert(events));
     }

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "ConfigStoreDocument.h"
+#include "Output.h"
 
 using NimbConfigStore::JsonDocument;
 using NimbConfigStore::JsonValue;
@@ -38,10 +39,24 @@ HostEvent ParseEvent(const std::string& line)
     return event;
 }
 
+std::vector<std::string> NewLinesIfReadable(LineTail& tail)
+{
+    try {
+        return tail.NewLines();
+    } catch (const CommandFailure&) {
+        return {};
+    }
+}
+
 CallWatch::CallWatch() : log_(LOG_FILE), events_(EVENT_FILE)
 {
-    log_.SkipToEnd();
-    events_.SkipToEnd();
+    for (LineTail* tail : {&log_, &events_}) {
+        try {
+            tail->SkipToEnd();
+        } catch (const CommandFailure&) {
+            continue;  // nor will its new lines be readable
+        }
+    }
 }
 
 std::string CallWatch::Errors()
@@ -49,7 +64,7 @@ std::string CallWatch::Errors()
     // A line is "TIME LEVEL [PROCESS] TEXT"; other processes write to the same file.
     const std::string mark = " error [" + std::to_string(getpid()) + "] ";
     std::string errors;
-    for (const std::string& line : log_.NewLines()) {
+    for (const std::string& line : NewLinesIfReadable(log_)) {
         const std::size_t found = line.find(mark);
         if (found != std::string::npos && found == line.find(' ')) {
             errors += (errors.empty() ? "" : "; ") + line.substr(found + mark.size());
@@ -61,7 +76,7 @@ std::string CallWatch::Errors()
 std::vector<HostEvent> CallWatch::Events()
 {
     std::vector<HostEvent> events;
-    for (const std::string& line : events_.NewLines()) {
+    for (const std::string& line : NewLinesIfReadable(events_)) {
         events.push_back(ParseEvent(line));
     }
     return events;

@@ -23,7 +23,8 @@ struct HostEvent
 HostEvent ParseEvent(const std::string& line);
 
 /// What the host logs as errors, and raises as events, from the moment it is made: the only answer of those library
-/// calls that neither return nor throw their failures.
+/// calls that neither return nor throw their failures. A log that cannot be read tells nothing; it does not keep the
+/// call from being made.
 class CallWatch
 {
 public:
@@ -42,6 +43,9 @@ private:
     LineTail log_;
     LineTail events_;
 };
+
+/// The new lines of @p tail; none when it cannot be read.
+std::vector<std::string> NewLinesIfReadable(LineTail& tail);
 
 /// "ID: TEXT" of each event, "alert: TEXT" of each alert.
 std::vector<std::string> EventTexts(const std::vector<HostEvent>& events);

@@ -15,6 +15,21 @@ namespace ConfigStoreCtl
 {
 namespace
 {
+const std::vector<Column> SHOWN = {{"object", nullptr},
+                                   {nullptr, "component"},
+                                   {nullptr, "group"},
+                                   {nullptr, "key"},
+                                   {"version", "version"},
+                                   {"multi-instance", "multiInstance"},
+                                   {"instance identifier", "instanceId"},
+                                   {"mutable default", "mutableDefault"},
+                                   {"excluded instances", "excludedInstances"},
+                                   {"solution user instances", "solutionUserInstances"},
+                                   {"file", "filePath"},
+                                   {"file persistence", "filePersistence"},
+                                   {"file enabled", "fileEnabled"},
+                                   {"schema", "schema"}};
+
 SchemaObjectCachePtr ReadSchemas()
 {
     RequireStore(DBStore::Type::SchemaStore);
@@ -105,20 +120,6 @@ void SchemaShow(const Arguments& arguments, Output& output)
     const std::vector<Field> file = FileFields(*object);
     row.insert(row.end(), file.begin(), file.end());
     row.emplace_back(JsonText{Serialized(object->GetInstanceSchema())});
-    output.Record({{{"object", nullptr},
-                    {nullptr, "component"},
-                    {nullptr, "group"},
-                    {nullptr, "key"},
-                    {"version", "version"},
-                    {"multi-instance", "multiInstance"},
-                    {"instance identifier", "instanceId"},
-                    {"mutable default", "mutableDefault"},
-                    {"excluded instances", "excludedInstances"},
-                    {"solution user instances", "solutionUserInstances"},
-                    {"file", "filePath"},
-                    {"file persistence", "filePersistence"},
-                    {"file enabled", "fileEnabled"},
-                    {"schema", "schema"}},
-                   {row}});
+    output.Record({SHOWN, {row}});
 }
 }  // namespace ConfigStoreCtl

@@ -126,3 +126,12 @@ TEST_F(BootCommandsTest, LoadThatEndsEarlyReportsAndFailsWithTheAlert)
     EXPECT_THAT(ran.output, HasSubstr("result     failed\n"));
     EXPECT_THAT(ran.errors, HasSubstr("configstorectl: boot load: Generic ConfigStore Failure: "));
 }
+
+TEST_F(BootCommandsTest, LoadDoesNotDependOnReadableLogs)
+{
+    Host().WithPackage("net-drv", "1.0.0_1.0").WithStores();
+    for (const char* name : {"configstore.log", "configstore-boot.log", "events.jsonl"}) {
+        Host().MakeFolder(std::string("/var/log/talvor/") + name);
+    }
+    EXPECT_THAT(Run({"boot", "load", "--no-restore"}).output, HasSubstr("result     complete\n"));
+}

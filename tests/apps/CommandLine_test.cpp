@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+#include <sstream>
+#include <utility>
+
 #include "CommandHelp.h"
 
 using namespace ConfigStoreCtl;
@@ -201,4 +205,13 @@ TEST(CommandHelp, OfANounListsItsCommandsAlone)
     const std::string help = ParseCommandLine({"image", "--help"}).text;
     EXPECT_THAT(help, HasSubstr("image dump "));
     EXPECT_THAT(help, ::testing::Not(HasSubstr("boot load")));
+}
+
+TEST(CommandHelp, HasAPlaceInTheManualForEveryCommand)
+{
+    std::ostringstream manual;
+    manual << std::ifstream(std::string(SOURCE_DIR) + "/docs/commands.md").rdbuf();
+    for (const Command& command : Commands()) {
+        EXPECT_THAT(manual.str(), HasSubstr("`" + std::string(command.path)));
+    }
 }
