@@ -17,6 +17,17 @@
 using NimbConfigStore::JsonAllocator;
 using NimbConfigStore::JsonValue;
 
+namespace valijson::adapters
+{
+// valijson's own look-up, written for old releases of RapidJSON, steps past a null pointer.
+template <>
+inline RapidJsonObject::iterator RapidJsonObject::find(const std::string& name) const
+{
+    const JsonValue text(rapidjson::StringRef(name.data(), static_cast<rapidjson::SizeType>(name.size())));
+    return m_value.FindMember(text);
+}
+}  // namespace valijson::adapters
+
 namespace JsonSchema
 {
 namespace
