@@ -27,7 +27,10 @@ while [ $# -gt 0 ]; do
     shift
 done
 
-build=$(cd "$build" && pwd)
+case $build in
+/*) ;;
+*) build=$PWD/$build ;;
+esac
 program=$build/apps/configstorectl
 module=$build/examples/host/upgrade-module/host-3.3-upgrade.so
 scratch=$(mktemp -d)
