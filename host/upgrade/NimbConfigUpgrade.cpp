@@ -9,6 +9,7 @@
 #include "CSLogger.h"
 #include "DBStore.h"
 #include "HostUtil.h"
+#include "ModuleFile.h"
 #include "ZubEvents.h"
 
 namespace
@@ -26,7 +27,11 @@ ModulePtr OpenModule(const std::string& path)
     if (!resolved.has_value()) {
         throw std::runtime_error("no such file");
     }
-    ModulePtr module(dlopen(HostPath(*resolved).c_str(), RTLD_NOW | RTLD_LOCAL), dlclose);
+    const std::string realPath = HostPath(*resolved);
+    if (!IsWholeModule(realPath)) {
+        throw std::runtime_error("it is no shared object, or it was cut off");
+    }
+    ModulePtr module(dlopen(realPath.c_str(), RTLD_NOW | RTLD_LOCAL), dlclose);
     if (module == nullptr) {
         throw std::runtime_error(dlerror());
     }

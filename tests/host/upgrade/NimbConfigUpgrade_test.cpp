@@ -105,6 +105,15 @@ TEST_F(NimbConfigUpgradeTest, AModuleWithoutTheEntryIsAFailure)
     EXPECT_THAT(Host().Log(), Contains(HasSubstr("failed: it does not export ConfigUpgrade_Run")));
 }
 
+TEST_F(NimbConfigUpgradeTest, AModuleThatWasCutOffIsAFailure)
+{
+    const std::string module = Module("success");
+    fs::resize_file(Host().Real(module), fs::file_size(Host().Real(module)) / 8);
+    EXPECT_EQ(ExecuteBootTimeModules({module}, false), 1);
+    EXPECT_THAT(Host().Events(), ElementsAre(Error("success.so")));
+    EXPECT_THAT(Host().Log(), Contains(HasSubstr("success.so failed: it is no shared object, or it was cut off")));
+}
+
 TEST_F(NimbConfigUpgradeTest, WhatIsNoModuleIsAFailure)
 {
     Host().WriteFile(FOLDER + "text.so", "not a shared object");
