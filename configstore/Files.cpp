@@ -1,6 +1,5 @@
 #include "Files.h"
 
-#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cerrno>
@@ -29,8 +28,7 @@ pid_t WaitFor(pid_t child, int& status)
 
 bool FileExists(const char* path)
 {
-    struct stat64 status = {};
-    return stat64(HostPath(path).c_str(), &status) == 0;
+    return File_Exists(path);
 }
 
 bool RemoveFile(const char* path)

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <ostream>
 
 #include "BootHost.h"
 #include "NimbConfigStore.h"
@@ -32,6 +33,11 @@ struct Input
     Outcome content;
     bool emptyIsAbsent = false;
 };
+
+[[maybe_unused]] void PrintTo(const Input& input, std::ostream* out)
+{
+    *out << input.label;
+}
 
 constexpr Outcome FAILS = {1, Named::Yes};
 constexpr Outcome GOES_ON = {0, Named::Yes};

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <ostream>
 
 #include "BootHost.h"
 #include "FileOperations.h"
@@ -28,13 +29,15 @@ struct Boot
     bool restore = true;  // LoadStore's flag
 };
 
+[[maybe_unused]] void PrintTo(const Boot& boot, std::ostream* out)
+{
+    *out << boot.name;
+}
+
 constexpr Boot BOOTS[] = {
-    {"DesiredDocument", "1", true, false},
-    {"SmartnicConfiguration", "3", true, false},
-    {"HostApiConfiguration", "4", true, false},
-    {"BootDocument", "", false, false},
-    {"UpgradeWithDesiredDocument", "1", true, true},
-    {"DesiredDocumentInPlace", "1", false, false, false},
+    {"DesiredDocument", "1", true, false},           {"SmartnicConfiguration", "3", true, false},
+    {"HostApiConfiguration", "4", true, false},      {"BootDocument", "", false, false},
+    {"UpgradeWithDesiredDocument", "1", true, true}, {"DesiredDocumentInPlace", "1", false, false, false},
 };
 
 class KillSweepTest : public BootHostTest, public ::testing::WithParamInterface<std::tuple<Boot, int>>
