@@ -43,11 +43,19 @@ inline constexpr const char* MARK_STAGED_OBJECTS =
     "DesiredValue = NULL WHERE (Component, ConfigGroup, Name) IN (SELECT Component, ConfigGroup, Name "
     "FROM DesiredUserConfig WHERE BootAction IN ('SET','DELETE','SET_DEFAULT'))";
 
+// A key that is "not in" a table differs for certain from each of its keys; NULL differs for certain from nothing. The
+// conditions below say that with look-ups, where NOT IN would compare every row with every key.
+
 inline constexpr const char* INSERT_SET_ROWS =
     "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue, VitalValue, CachedValue) "
-    "SELECT Component, ConfigGroup, Name, Identifier, Version, Value, VitalValue, CachedValue FROM DesiredUserConfig "
-    "WHERE BootAction = 'SET' AND (Component, ConfigGroup, Name, Identifier) NOT IN "
-    "(SELECT Component, ConfigGroup, Name, Identifier FROM Config)";
+    "SELECT Component, ConfigGroup, Name, Identifier, Version, Value, VitalValue, CachedValue "
+    "FROM DesiredUserConfig AS d WHERE BootAction = 'SET' AND "
+    "NOT EXISTS (SELECT 1 FROM Config AS c WHERE c.Component = d.Component AND c.ConfigGroup = d.ConfigGroup AND "
+    "c.Name = d.Name AND c.Identifier = d.Identifier) AND "
+    "NOT EXISTS (SELECT 1 FROM Config AS c WHERE c.Component = d.Component AND c.ConfigGroup = d.ConfigGroup AND "
+    "c.Name = d.Name AND c.Identifier IS NULL) AND (d.Identifier IS NOT NULL OR "
+    "NOT EXISTS (SELECT 1 FROM Config AS c WHERE c.Component = d.Component AND c.ConfigGroup = d.ConfigGroup AND "
+    "c.Name = d.Name))";
 
 inline constexpr const char* UPDATE_SET_ROWS =
     "UPDATE Config SET UserValue = du.Value, "
@@ -73,10 +81,15 @@ inline constexpr const char* DELETE_STAGED_OBJECTS =
 
 inline constexpr const char* INSERT_SMARTNIC_ROWS =
     "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue) SELECT Component, ConfigGroup, "
-    "Name, Identifier, Version, Value FROM DesiredUserConfig WHERE BootAction = 'SET' AND (Component, ConfigGroup, "
-    "Name, Identifier) NOT IN (SELECT Component, ConfigGroup, Name, Identifier FROM Config WHERE (Component, "
-    "ConfigGroup, Name) IN (SELECT Component, ConfigGroup, Name FROM ss.SmartnicSchema "
-    "WHERE ValueType = 'nimb-shared'))";
+    "Name, Identifier, Version, Value FROM DesiredUserConfig AS d WHERE BootAction = 'SET' AND ("
+    "NOT EXISTS (SELECT 1 FROM ss.SmartnicSchema AS s WHERE s.Component = d.Component AND "
+    "s.ConfigGroup = d.ConfigGroup AND s.Name = d.Name AND s.ValueType = 'nimb-shared') OR ("
+    "NOT EXISTS (SELECT 1 FROM Config AS c WHERE c.Component = d.Component AND c.ConfigGroup = d.ConfigGroup AND "
+    "c.Name = d.Name AND c.Identifier = d.Identifier) AND "
+    "NOT EXISTS (SELECT 1 FROM Config AS c WHERE c.Component = d.Component AND c.ConfigGroup = d.ConfigGroup AND "
+    "c.Name = d.Name AND c.Identifier IS NULL) AND (d.Identifier IS NOT NULL OR "
+    "NOT EXISTS (SELECT 1 FROM Config AS c WHERE c.Component = d.Component AND c.ConfigGroup = d.ConfigGroup AND "
+    "c.Name = d.Name))))";
 
 inline constexpr const char* UPDATE_SMARTNIC_ROWS =
     "UPDATE Config SET UserValue = du.Value FROM (SELECT Component, ConfigGroup, Name, Identifier, Value "
@@ -84,12 +97,19 @@ inline constexpr const char* UPDATE_SMARTNIC_ROWS =
     "du.ConfigGroup = Config.ConfigGroup AND du.Name = Config.Name AND du.Identifier = Config.Identifier";
 
 inline constexpr const char* DELETE_UNSTAGED_SHARED_ROWS =
-    "DELETE FROM Config WHERE (Component, ConfigGroup, Name, Identifier) NOT IN (SELECT Component, ConfigGroup, Name, "
-    "Identifier FROM DesiredUserConfig WHERE BootAction = 'SET') AND (Component, ConfigGroup, Name) NOT IN "
-    "(SELECT Component, ConfigGroup, Name FROM DesiredUserConfig WHERE BootAction = 'SET_DEFAULT') AND (Component, "
-    "ConfigGroup, Name) IN (SELECT s.Component, s.ConfigGroup, s.Name FROM ss.SmartnicSchema AS s JOIN "
-    "ss.ConfigSchema AS c ON c.Component = s.Component AND c.ConfigGroup = s.ConfigGroup AND c.Name = s.Name "
-    "WHERE s.ValueType = 'nimb-shared' AND c.Singleton = 0)";
+    "DELETE FROM Config WHERE (Component, ConfigGroup, Name) IN (SELECT s.Component, s.ConfigGroup, s.Name "
+    "FROM ss.SmartnicSchema AS s JOIN ss.ConfigSchema AS c ON c.Component = s.Component AND "
+    "c.ConfigGroup = s.ConfigGroup AND c.Name = s.Name WHERE s.ValueType = 'nimb-shared' AND c.Singleton = 0) AND "
+    "NOT EXISTS (SELECT 1 FROM DesiredUserConfig AS d WHERE d.BootAction = 'SET' AND "
+    "d.Component = Config.Component AND d.ConfigGroup = Config.ConfigGroup AND d.Name = Config.Name AND "
+    "d.Identifier = Config.Identifier) AND "
+    "NOT EXISTS (SELECT 1 FROM DesiredUserConfig AS d WHERE d.BootAction = 'SET' AND "
+    "d.Component = Config.Component AND d.ConfigGroup = Config.ConfigGroup AND d.Name = Config.Name AND "
+    "d.Identifier IS NULL) AND (Config.Identifier IS NOT NULL OR "
+    "NOT EXISTS (SELECT 1 FROM DesiredUserConfig AS d WHERE d.BootAction = 'SET' AND "
+    "d.Component = Config.Component AND d.ConfigGroup = Config.ConfigGroup AND d.Name = Config.Name)) AND "
+    "NOT EXISTS (SELECT 1 FROM DesiredUserConfig AS d WHERE d.BootAction = 'SET_DEFAULT' AND "
+    "d.Component = Config.Component AND d.ConfigGroup = Config.ConfigGroup AND d.Name = Config.Name)";
 
 // ---- Every boot ---------------------------------------------------------------------------------------------------
 
@@ -126,7 +146,8 @@ inline constexpr const char* DELETE_OBJECT_ROWS =
 inline constexpr const char* CLEAR_AUTO_CONFIG = "UPDATE Config SET AutoConfValue=NULL";
 
 inline constexpr const char* DELETE_EMPTY_ROWS =
-    "DELETE FROM Config WHERE UserValue IS NULL AND VitalValue IS NULL AND CachedValue IS NULL AND DesiredValue IS NULL";
+    "DELETE FROM Config WHERE UserValue IS NULL AND VitalValue IS NULL AND CachedValue IS NULL AND DesiredValue IS "
+    "NULL";
 
 inline constexpr const char* DELETE_ORPHANED_CONFIG =
     "DELETE FROM Config WHERE (Component, ConfigGroup, Name) NOT IN (SELECT Component, ConfigGroup, Name "
@@ -160,4 +181,4 @@ inline constexpr const char* SELECT_RESTORE_FAILURES =
     "SELECT c.Name, c.Component, c.ConfigGroup, c.Identifier FROM Config c, ss.ConfigSchema AS s WHERE "
     "c.Name = s.Name AND c.Component = s.Component AND c.ConfigGroup = s.ConfigGroup AND s.DSPIntegrated = 1 AND "
     "c.Success = 0 AND (s.SchemaType = 0 OR s.SchemaType = 2) AND c.UserValue IS NOT NULL;";
-} // namespace NimbConfigStore::Statements
+}  // namespace NimbConfigStore::Statements

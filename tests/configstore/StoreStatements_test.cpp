@@ -51,7 +51,7 @@ protected:
                                     std::to_string(rows) + ") ";
         host.Sql("BEGIN; " + numbers +
                  "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, UserValue) SELECT 'nimb', 'group', "
-                 "'object' || i / 10, 'id' || i, '{}' FROM n; INSERT INTO DesiredUserConfig (Component, ConfigGroup, "
+                 "'object' || (i / 10), 'id' || i, '{}' FROM n; INSERT INTO DesiredUserConfig (Component, ConfigGroup, "
                  "Name, Identifier, Value, BootAction) SELECT Component, ConfigGroup, Name, Identifier, '{}', 'SET' "
                  "FROM Config WHERE rowid % 10 = 0; COMMIT");
         host.Sql(numbers +
