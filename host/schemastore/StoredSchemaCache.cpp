@@ -21,8 +21,8 @@ int StoredSchemaCache::TakeRow(void* cache, int, char** values, char**)
 {
     SchemaObjectId id(values[0], values[1], values[2]);
     SchemaRow row{id, std::atoi(values[3]), std::atoi(values[4]) != 0, std::atoi(values[5]) != 0, values[6], values[7]};
-    auto& objects = static_cast<StoredSchemaCache*>(cache)->objects_;
-    objects.emplace_hint(objects.end(), std::move(id), std::make_shared<StoredSchemaObject>(std::move(row)));
+    auto& rows = static_cast<StoredSchemaCache*>(cache)->rows_;
+    rows.emplace_hint(rows.end(), std::move(id), std::make_shared<const SchemaRow>(std::move(row)));
     return 0;
 }
 
@@ -38,15 +38,15 @@ SchemaObjectPtr StoredSchemaCache::Get(const SchemaObjectId& id) const
 
 SchemaObjectPtr StoredSchemaCache::Find(const SchemaObjectId& id) const
 {
-    const auto found = objects_.find(id);
-    return found != objects_.end() ? found->second : nullptr;
+    const auto found = rows_.find(id);
+    return found != rows_.end() ? std::make_shared<StoredSchemaObject>(found->second) : nullptr;
 }
 
 std::vector<SchemaObjectId> StoredSchemaCache::GetMutableDefaultConfigIds() const
 {
     std::vector<SchemaObjectId> ids;
-    for (const auto& [id, object] : objects_) {
-        if (object->HasMutableDefaultConfig()) {
+    for (const auto& [id, row] : rows_) {
+        if (row->mutableDefaultConfig) {
             ids.push_back(id);
         }
     }
@@ -56,7 +56,7 @@ std::vector<SchemaObjectId> StoredSchemaCache::GetMutableDefaultConfigIds() cons
 std::vector<SchemaObjectId> StoredSchemaCache::GetIds() const
 {
     std::vector<SchemaObjectId> ids;
-    for (const auto& entry : objects_) {
+    for (const auto& entry : rows_) {
         ids.push_back(entry.first);
     }
     return ids;
@@ -65,9 +65,9 @@ std::vector<SchemaObjectId> StoredSchemaCache::GetIds() const
 std::vector<SchemaObjectPtr> StoredSchemaCache::OfKind(int kind) const
 {
     std::vector<SchemaObjectPtr> found;
-    for (const auto& entry : objects_) {
-        if (entry.second->Kind() == kind) {
-            found.push_back(entry.second);
+    for (const auto& entry : rows_) {
+        if (entry.second->schemaType == kind) {
+            found.push_back(std::make_shared<StoredSchemaObject>(entry.second));
         }
     }
     return found;
@@ -76,9 +76,9 @@ std::vector<SchemaObjectPtr> StoredSchemaCache::OfKind(int kind) const
 std::vector<SchemaObjectPtr> StoredSchemaCache::OfComponent(const std::string& component) const
 {
     std::vector<SchemaObjectPtr> found;
-    for (auto entry = objects_.lower_bound({component, "", ""});
-         entry != objects_.end() && entry->first.component == component; ++entry) {
-        found.push_back(entry->second);
+    for (auto entry = rows_.lower_bound({component, "", ""});
+         entry != rows_.end() && entry->first.component == component; ++entry) {
+        found.push_back(std::make_shared<StoredSchemaObject>(entry->second));
     }
     return found;
 }

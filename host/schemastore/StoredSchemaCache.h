@@ -27,6 +27,6 @@ public:
 private:
     static int TakeRow(void* cache, int columns, char** values, char** names);
 
-    std::map<SchemaObjectId, std::shared_ptr<StoredSchemaObject>> objects_;
+    std::map<SchemaObjectId, std::shared_ptr<const SchemaRow>> rows_;
 };
 }  // namespace NimbSchemaStore

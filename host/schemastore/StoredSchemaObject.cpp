@@ -56,10 +56,10 @@ std::unique_ptr<StoredSchemaObject::Content> StoredSchemaObject::Parse() const
 {
     auto content = std::make_unique<Content>();
     std::string reason;
-    if (!ConfigStoreDocument::ParseText(row_.json, content->document, &reason) || !content->document.IsObject()) {
+    if (!ConfigStoreDocument::ParseText(row_->json, content->document, &reason) || !content->document.IsObject()) {
         throw NimbConfigStore::ConfigStoreException(
             NimbConfigStore::CS_ERROR_OPERATION,
-            ("The schema store's entry of " + row_.id.toString() + " is damaged: " + reason).c_str());
+            ("The schema store's entry of " + row_->id.toString() + " is damaged: " + reason).c_str());
     }
     const JsonValue& element = content->document;
     const JsonValue* schema = FindObject(element, "schema");

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "NimbSchemaStore.h"
@@ -19,25 +20,24 @@ struct SchemaRow
     std::string json;  ///< the element, as the schema file gave it
 };
 
+/// One look-up's view of a row: what it parses goes with it, so that reading every schema does not hold them all.
 class StoredSchemaObject final : public SchemaObject
 {
 public:
-    explicit StoredSchemaObject(SchemaRow row) : row_(std::move(row)) {}
+    explicit StoredSchemaObject(std::shared_ptr<const SchemaRow> row) : row_(std::move(row)) {}
 
     const NimbConfigStore::JsonValue& GetSchema() const override;
     const NimbConfigStore::JsonValue& GetInstanceSchema() const override;
-    const SchemaObjectId& GetId() const override { return row_.id; }
-    const std::string& GetVersion() const override { return row_.version; }
-    bool IsMultiInstance() const override { return !row_.singleton; }
+    const SchemaObjectId& GetId() const override { return row_->id; }
+    const std::string& GetVersion() const override { return row_->version; }
+    bool IsMultiInstance() const override { return !row_->singleton; }
     const std::string& GetInstanceIdProperty() const override;
-    bool HasMutableDefaultConfig() const override { return row_.mutableDefaultConfig; }
+    bool HasMutableDefaultConfig() const override { return row_->mutableDefaultConfig; }
     const std::vector<std::string>& GetExcludedInstances() const override;
     const std::vector<std::string>& GetSolutionUserInstances() const override;
     bool GetFileEnabled(bool& enabled) const override;
     bool GetFilePersistence(std::string& persistence) const override;
     bool GetFilePath(std::string& path) const override;
-
-    int Kind() const { return row_.schemaType; }
 
 private:
     /// What the JSON text says, read on first use.
@@ -55,7 +55,7 @@ private:
     std::unique_ptr<Content> Parse() const;
     bool GetFileText(const char* member, std::string& text) const;
 
-    SchemaRow row_;
+    std::shared_ptr<const SchemaRow> row_;
     mutable std::unique_ptr<Content> content_;
 };
 }  // namespace NimbSchemaStore

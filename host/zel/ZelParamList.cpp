@@ -5,12 +5,14 @@
 
 namespace
 {
-ORV_ReturnStatus Add(ZEL_ParamList& list, ZEL_ParamList::Value value)
+// The value is made in its place: GCC 12 takes a moved variant for one that may be uninitialized.
+template <typename Value>
+ORV_ReturnStatus Add(ZEL_ParamList& list, Value value)
 {
     if (list.values.size() >= list.capacity) {
         return ORV_LIMIT_EXCEEDED;
     }
-    list.values.push_back(std::move(value));
+    list.values.emplace_back(std::move(value));
     return ORV_OK;
 }
 }  // namespace
