@@ -20,7 +20,7 @@ const std::vector<Line> GLOBAL_OPTIONS = {
 
 std::string ArgumentUsage(const ArgumentRow& row)
 {
-    const std::string name = row.name;
+    std::string name = row.name;
     switch (row.count) {
         case ArgumentRow::ONE:
             return name;
@@ -102,6 +102,7 @@ std::string HelpText(const std::string& path)
         return CommandHelp(*commands.front()) + options;
     }
     std::vector<Line> lines;
+    lines.reserve(commands.size());
     for (const Command* command : commands) {
         lines.emplace_back(Usage(*command), command->help);
     }

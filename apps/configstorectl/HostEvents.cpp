@@ -93,6 +93,7 @@ void CallWatch::ThrowErrors(const std::string& otherwise)
 std::vector<std::string> EventTexts(const std::vector<HostEvent>& events)
 {
     std::vector<std::string> texts;
+    texts.reserve(events.size());
     for (const HostEvent& event : events) {
         texts.push_back((event.id.empty() ? event.kind : event.id) + ": " + event.text);
     }
