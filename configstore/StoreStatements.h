@@ -141,6 +141,68 @@ inline constexpr const char* UPSERT_USER_CONFIG =
 inline constexpr const char* DELETE_OBJECT_ROWS =
     "DELETE FROM Config WHERE Name = ? AND ConfigGroup = ? AND Component = ?;";
 
+// ---- Staging ------------------------------------------------------------------------------------------------------
+
+inline constexpr const char* EMPTY_STAGING = "DELETE from DesiredUserConfig";
+
+inline constexpr const char* STAGE_INSTANCE =
+    "INSERT OR REPLACE INTO DesiredUserConfig ( Identifier, Name, ConfigGroup, Component, Version, Value, BootAction ) "
+    "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)";
+
+inline constexpr const char* STAGE_ACTION =
+    "INSERT INTO DesiredUserConfig (Component, ConfigGroup, Name, BootAction) VALUES (?, ?, ?, ?);";
+
+inline constexpr const char* SELECT_LIVE_ORVNIC =
+    "SELECT UserValue FROM Config WHERE Name = 'orvnics' AND ConfigGroup = 'network' AND Component = 'nimb' AND "
+    "Identifier = ?";
+
+// ---- Staging: what a desired document carries over ----------------------------------------------------------------
+
+inline constexpr const char* STAGE_LIVE_NETWORK =
+    "INSERT INTO DesiredUserConfig ( Identifier, Name, ConfigGroup, Component, Version, Value, BootAction) "
+    "SELECT Identifier, Name, ConfigGroup, Component, Version, UserValue, 'SET' FROM Config WHERE Component = 'nimb' "
+    "AND ( (ConfigGroup = 'network_gnx' AND Name = 'switches') OR (ConfigGroup = 'network' AND Name = 'orvnics'))";
+
+inline constexpr const char* SELECT_UNSTAGED_SWITCHES =
+    "SELECT Identifier, UserValue, VitalValue FROM Config WHERE Component = 'nimb' AND ConfigGroup = 'network_gnx' "
+    "AND Name = 'switches' AND Identifier NOT IN ( SELECT Identifier FROM DesiredUserConfig WHERE Component = 'nimb' "
+    "AND ConfigGroup = 'network_gnx' AND Name = 'switches')";
+
+inline constexpr const char* STAGE_PRESERVED_ROW =
+    "INSERT INTO DesiredUserConfig ( Identifier, Name, ConfigGroup, Component, Version, Value, VitalValue, BootAction "
+    ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)";
+
+/// Followed by " AND Identifier NOT IN (?,?…)" where instances are excluded.
+inline constexpr const char* STAGE_DEFAULTS =
+    "INSERT INTO DesiredUserConfig ( Component, ConfigGroup, Name, Identifier, Version, Value, VitalValue, "
+    "CachedValue ) SELECT Component, ConfigGroup, Name, Identifier, Version, Value, VitalValue, CachedValue "
+    "FROM DefaultConfig WHERE Component = ? AND ConfigGroup = ? AND Name = ?";
+
+inline constexpr const char* SELECT_LIVE_PERMISSIONS =
+    "SELECT Identifier, UserValue, VitalValue FROM Config WHERE Component='nimb' and ConfigGroup='authorization' and "
+    "Name='permissions'";
+
+inline constexpr const char* STAGE_PERMISSION =
+    "INSERT OR REPLACE INTO DesiredUserConfig ( Identifier, Name, ConfigGroup, Component, Version, Value, VitalValue, "
+    "BootAction ) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)";
+
+inline constexpr const char* STAGE_LIVE_AGENT_OPTIONS =
+    "INSERT INTO DesiredUserConfig ( Identifier, Name, ConfigGroup, Component, Version, Value, BootAction) "
+    "SELECT Identifier, Name, ConfigGroup, Component, Version, UserValue, 'SET' FROM Config WHERE Component = 'nimb' "
+    "AND ConfigGroup = 'advanced_options' AND Name = 'user_vars' AND Identifier in ('BRX_ScxCpuSize', "
+    "'BRX_ScxMemSize', 'BRX_IP', 'BRX_Thumbprint', 'BRX_Token', 'BRX_NodeUUID', 'BRX_ValidateManagerCert', "
+    "'BRX_OptionalServices')";
+
+// ---- Staging: SmartNIC --------------------------------------------------------------------------------------------
+
+/// Two of the words are quoted like names, which the store's connections take for texts.
+inline constexpr const char* STAGE_UNMENTIONED_SHARED =
+    "INSERT OR REPLACE INTO DesiredUserConfig (Component, ConfigGroup, Name, BootAction) SELECT Component, "
+    "ConfigGroup, Name, CASE WHEN MutableDefaultConfig=1 THEN \"SET_DEFAULT\" ELSE 'DELETE' END FROM ss.ConfigSchema "
+    "WHERE (Component, ConfigGroup, Name) IN ( SELECT Component, ConfigGroup, Name FROM ss.SmartnicSchema WHERE "
+    "ss.SmartnicSchema.ValueType = \"nimb-shared\" AND (Component, ConfigGroup, Name) NOT IN ( SELECT Component, "
+    "ConfigGroup, Name FROM DesiredUserConfig ) );";
+
 // ---- Cleanup ------------------------------------------------------------------------------------------------------
 
 inline constexpr const char* CLEAR_AUTO_CONFIG = "UPDATE Config SET AutoConfValue=NULL";

@@ -4,6 +4,7 @@
 
 #include "CSLogger.h"
 #include "ConfigStoreDocument.h"
+#include "DesiredWalk.h"
 #include "HostUtil.h"
 #include "InstanceId.h"
 #include "JsonText.h"
@@ -139,11 +140,6 @@ void ApplyComponent(const BootDocumentRun& run, const std::string& component, Js
     for (auto& member : groups.GetObject()) {
         ApplyGroup(run, component, JsonText(member.name), member.value);
     }
-}
-
-JsonValue& Profile(JsonValue& root)
-{
-    return ConfigStoreDocument::ValueExists(root, "profile") ? root["profile"] : root;
 }
 }  // namespace
 
