@@ -155,6 +155,39 @@ bool ValidateUserObject(const rapidjson::Value& schema, const rapidjson::Value& 
 /// True when a validation report is empty; logs every finding. @throws ConfigStoreException 1082 for a malformed one.
 bool checkValidationErrors(const rapidjson::Value& report);
 
+// ---- Desired configuration ----------------------------------------------------------------------------------------
+//
+// Staging changes nothing until the next boot, which applies all that is staged or none of it. A document is
+// component → group → key → object | array of instances | "DELETE_DEFAULT"; later members win over earlier ones of the
+// same name. Each call is one transaction: on return what it staged, and the boot mode, survive a power cut; when it
+// throws, the rows and the mode staged before stand.
+
+/// Stages @p desired, or what its root member "profile" holds, in place of everything staged before, and sets
+/// BOOTMODE_DESIRED_CONFIG. Some of the live configuration is staged with it: distributed switches that the document
+/// leaves out, permissions of solution users, options of the network virtualisation agent, on a host that preserves
+/// its network all adapters and switches; so are the defaults of objects that the document does not mention.
+/// Call ValidateDesiredDocument first: nothing is checked here beyond what staging needs.
+/// @param desired  generated identifiers and preserved port bindings are written into it. After a failure it may hold
+///        some of them, and can be staged again.
+/// @throws ConfigStoreException 2000: "SetDesiredUserConfig failed: " and the reason, or, when the store cannot be
+///         opened or stays locked for 3000 ms, the reason alone.
+void SetDesiredUserConfig(rapidjson::Document& desired);
+
+/// Stages the configuration of a SmartNIC-hosted system in place of everything staged before, and sets
+/// BOOTMODE_SMARTNIC: what @p desired holds (no "profile"), a delete for "DELETE_DEFAULT", and for every shared object
+/// that it leaves out a return to the default or a delete. Every key is validated first; all findings are logged.
+/// @param desired  as above.
+/// @throws ConfigStoreException 2000: "SetDesiredSmartnicConfiguration failed: " and the reason, or, when the stores
+///         cannot be opened or stay locked for 3000 ms, the reason alone.
+void SetDesiredSmartnicConfiguration(rapidjson::Document& desired);
+
+/// Stages the delete of one whole object beside what is staged already, and sets BOOTMODE_HOSTAPI. Row and mode are
+/// committed together. A value of the same object that was staged earlier stays staged, and outlives the delete.
+/// @throws ConfigStoreException 2000 for an unknown object and when the store cannot be opened or stays locked for
+///         3000 ms, 1005 when the delete or the mode cannot be written, 1012 when they cannot be committed;
+///         InvalidArgumentException 2000 for a null argument.
+void DeleteHostAPIConfiguration(const char* component, const char* group, const char* key);
+
 // ---- Files --------------------------------------------------------------------------------------------------------
 
 /// The files that the schemas declare, by persistence class: "vital", "cached" and "config", always all three.
