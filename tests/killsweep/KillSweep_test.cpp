@@ -1,17 +1,9 @@
 #include <gmock/gmock.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
-#include <filesystem>
 #include <ostream>
 
-#include "BootHost.h"
-#include "FileOperations.h"
 #include "NimbConfigStore.h"
-
-namespace fs = std::filesystem;
+#include "PowerCut.h"
 
 // A host loses power before each single change that a boot makes to its files, boots again, and must end up as a
 // host that never lost power: the same rows, sound databases, nothing staged lost or half applied.
@@ -40,20 +32,13 @@ constexpr Boot BOOTS[] = {
     {"UpgradeWithDesiredDocument", "1", true, true}, {"DesiredDocumentInPlace", "1", false, false, false},
 };
 
-class KillSweepTest : public BootHostTest, public ::testing::WithParamInterface<std::tuple<Boot, int>>
+class KillSweepTest : public PowerCutTest, public ::testing::WithParamInterface<std::tuple<Boot, int>>
 {
 protected:
     KillSweepTest()
-        : counter_(
-              static_cast<int*>(mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)))
     {
         Prepare(std::get<Boot>(GetParam()));
-    }
-
-    ~KillSweepTest() override
-    {
-        munmap(counter_, sizeof(int));
-        fs::remove_all(Prepared());
+        Save();
     }
 
     // Boots the host as it was prepared, once undisturbed. @return how many changes the boot made.
@@ -61,7 +46,7 @@ protected:
     {
         StartAnew();
         EXPECT_TRUE(Loads(0));
-        return *counter_;
+        return Changes();
     }
 
     // The same with a power cut before one change, and a second boot.
@@ -78,16 +63,10 @@ protected:
             // In place it tells of the last boot alone, which found the mode taken back when the first was cut later.
             Host().Sql("DELETE FROM KeyValue WHERE Key = 'BOOT_INFO'");
         }
-        for (const auto type : {DBStore::Type::ConfigStore, DBStore::Type::DataFileStore, DBStore::Type::SchemaStore}) {
-            EXPECT_TRUE(DBStore::Check(DBStore::StorePath(type))) << DBStore::StorePath(type);
-        }
-        return DumpStore(DBStore::Type::ConfigStore) + DumpStore(DBStore::Type::DataFileStore) +
-               DumpStore(DBStore::Type::SchemaStore);
+        return CheckedStores();
     }
 
 private:
-    fs::path Prepared() { return Host().Root() + ".prepared"; }
-
     void Prepare(const Boot& boot)
     {
         AddRow("network/dns", "", R"({"hostname": "old"})");
@@ -110,30 +89,12 @@ private:
                                "properties": {"name": {"type": "string", "instanceId": true}}}}])");
             Host().WithKernel({.bootFsUUID = OTHER_UUID});
         }
-        fs::copy(Host().Root(), Prepared(), fs::copy_options::recursive);
     }
 
-    void StartAnew()
-    {
-        fs::remove_all(Host().Root());
-        fs::copy(Prepared(), Host().Root(), fs::copy_options::recursive);
-    }
-
-    // Boots in a process of its own. False when that was killed; the load itself must succeed.
     bool Loads(int killBefore)
     {
-        const pid_t child = fork();
-        if (child == 0) {
-            FileOperations::Watch(counter_, killBefore);
-            _exit(NimbConfigStore::LoadStore(std::get<Boot>(GetParam()).restore));
-        }
-        int status = 0;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_TRUE(WIFSIGNALED(status) ? WTERMSIG(status) == SIGKILL : WEXITSTATUS(status) == 0);
-        return !WIFSIGNALED(status);
+        return Runs([] { return NimbConfigStore::LoadStore(std::get<Boot>(GetParam()).restore); }, killBefore);
     }
-
-    int* counter_;  // shared with the child
 };
 
 std::string NameOf(const ::testing::TestParamInfo<std::tuple<Boot, int>>& info)
