@@ -16,8 +16,8 @@ demo: build
 	@scripts/demo.sh
 
 bench: setup
-	@cmake --preset release >/dev/null && cmake --build --preset release
-	@scripts/bench.sh
+	@cmake --preset release >/dev/null && cmake --build --preset release --target benchmarks
+	@set -e; for benchmark in build/release/bench/boot_*[a-z]; do $$benchmark; done
 
 format: setup
 	@scripts/format.sh

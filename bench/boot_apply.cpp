@@ -275,7 +275,7 @@ struct Result
 {
     int mode;
     int rows;
-    Sample library;
+    Sample ours;
     Sample floor;
 };
 std::vector<Result> results;
@@ -294,23 +294,23 @@ void BootApply(benchmark::State& state)
         store.Run("COMMIT");
     }
     root.KeepAsTemplate();
-    std::vector<Sample> library;
+    std::vector<Sample> ours;
     std::vector<Sample> floor;
     for ([[maybe_unused]] auto iteration : state) {
         // In turns, so that neither always runs in the wake of the other's writes.
         if (floor.size() % 2 == 0) {
             floor.push_back(Measure(root, [&] { ApplyRaw(mode, root); }));
-            library.push_back(Measure(root, [&] { ApplyWithTheLibrary(mode); }));
+            ours.push_back(Measure(root, [&] { ApplyWithTheLibrary(mode); }));
         } else {
-            library.push_back(Measure(root, [&] { ApplyWithTheLibrary(mode); }));
+            ours.push_back(Measure(root, [&] { ApplyWithTheLibrary(mode); }));
             floor.push_back(Measure(root, [&] { ApplyRaw(mode, root); }));
         }
-        state.SetIterationTime(library.back().milliseconds / 1000);
+        state.SetIterationTime(ours.back().milliseconds / 1000);
     }
-    const Result result = {mode.number, rows, Median(library), Median(floor)};
+    const Result result = {mode.number, rows, Median(ours), Median(floor)};
     results.push_back(result);
     state.counters["floor_ms"] = result.floor.milliseconds;
-    state.counters["ratio"] = result.library.milliseconds / result.floor.milliseconds;
+    state.counters["ratio"] = result.ours.milliseconds / result.floor.milliseconds;
 }
 
 void PrintSummary()
@@ -321,12 +321,12 @@ void PrintSummary()
         const Result& now = results[i];
         std::string exponent = "-";
         if (i > 0 && results[i - 1].mode == now.mode) {
-            const double growth = now.library.milliseconds / results[i - 1].library.milliseconds;
+            const double growth = now.ours.milliseconds / results[i - 1].ours.milliseconds;
             exponent = std::to_string(std::log(growth) / std::log(double(now.rows) / results[i - 1].rows)).substr(0, 4);
         }
-        std::printf("%4d %8d %12.2f %12.2f %7.3f %9s %14.1f %12.1f\n", now.mode, now.rows, now.library.milliseconds,
-                    now.floor.milliseconds, now.library.milliseconds / now.floor.milliseconds, exponent.c_str(),
-                    now.library.peakMiB, now.floor.peakMiB);
+        std::printf("%4d %8d %12.2f %12.2f %7.3f %9s %14.1f %12.1f\n", now.mode, now.rows, now.ours.milliseconds,
+                    now.floor.milliseconds, now.ours.milliseconds / now.floor.milliseconds, exponent.c_str(),
+                    now.ours.peakMiB, now.floor.peakMiB);
     }
 }
 }  // namespace

@@ -17,8 +17,8 @@ inline constexpr const char* FIRSTBOOT_FILE = "/var/lib/talvor/firstboot/current
 inline constexpr const char* DATAFILE_ROOT = "/var/cache/datafiles";
 inline constexpr const char* SCHEMA_FOLDER = "/usr/lib/talvor/configmanager/schemas";
 inline constexpr const char* DEFAULT_CONFIG_FOLDER = "/etc/talvor/default-config";
-inline constexpr const char* DEFAULT_CONFIG_ERRORS = "/var/run/talvor/files/errors-"; // followed by a file's name
+inline constexpr const char* DEFAULT_CONFIG_ERRORS = "/var/run/talvor/files/errors-";  // followed by a file's name
 inline constexpr const char* BOOT_DOCUMENT_FILE = "/etc/talvor/boot_configuration.json";
 inline constexpr const char* HOST_CONFIGURATION_FILE = "/etc/talvor/host_configuration.json";
 inline constexpr const char* NIMBIO_MARKER_FILE = "/etc/.nimbio";
-} // namespace NimbConfigStore
+}  // namespace NimbConfigStore

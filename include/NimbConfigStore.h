@@ -28,11 +28,11 @@ namespace NimbConfigStore
 /// What the next boot applies.
 enum BOOTMODE : int
 {
-    BOOTMODE_NONE = 0,           ///< nothing beyond folding staged values
-    BOOTMODE_DESIRED_CONFIG = 1, ///< the staged desired configuration, as a whole
-    BOOTMODE_BOOT_CONFIG = 2,    ///< the boot configuration document
-    BOOTMODE_SMARTNIC = 3,       ///< the staged SmartNIC configuration
-    BOOTMODE_HOSTAPI = 4,        ///< the staged changes of single objects
+    BOOTMODE_NONE = 0,            ///< nothing beyond folding staged values
+    BOOTMODE_DESIRED_CONFIG = 1,  ///< the staged desired configuration, as a whole
+    BOOTMODE_BOOT_CONFIG = 2,     ///< the boot configuration document
+    BOOTMODE_SMARTNIC = 3,        ///< the staged SmartNIC configuration
+    BOOTMODE_HOSTAPI = 4,         ///< the staged changes of single objects
 };
 
 /// Brings the store into service; called once per boot, before host services use it. Logs to "configstore-boot".
@@ -121,7 +121,7 @@ class JsonDoc
 {
 public:
     JsonDoc();
-    ~JsonDoc(); // the document goes before the pool that owns its values
+    ~JsonDoc();  // the document goes before the pool that owns its values
     JsonDoc(const JsonDoc&) = delete;
     JsonDoc& operator=(const JsonDoc&) = delete;
 
@@ -131,7 +131,7 @@ public:
 
     std::vector<JsonNode> path;
     std::shared_ptr<rapidjson::Document> document;
-    std::shared_ptr<rapidjson::Document::AllocatorType> allocator; ///< new values must be allocated here
+    std::shared_ptr<rapidjson::Document::AllocatorType> allocator;  ///< new values must be allocated here
 };
 
 /// A document that holds null.
@@ -200,8 +200,8 @@ std::vector<std::string> FilterStickyBitFiles(const std::vector<std::string>& fi
 
 enum class FileType : int
 {
-    Backup = 0,    ///< "/var/run/talvor/files/backup-list"
-    NonSchema = 1, ///< "/var/run/nonSchemaFiles"
+    Backup = 0,     ///< "/var/run/talvor/files/backup-list"
+    NonSchema = 1,  ///< "/var/run/nonSchemaFiles"
 };
 
 /// Replaces a tracking file by @p files, one per line; an empty list leaves it as it is. Failures are logged.
@@ -226,6 +226,6 @@ struct FailureRecord
 };
 /// One record per row: two instances of one object give two.
 std::vector<FailureRecord> GetBootTimeRestoreFailures();
-} // namespace NimbConfigStore
+}  // namespace NimbConfigStore
 
 #pragma GCC visibility pop

@@ -19,9 +19,9 @@ struct BrevInfo
     std::string name;
     std::string version;
     std::string vendor;
-    bool restrictStickyFiles = false;  ///< changed files that it delivered do not persist
-    std::string schemaId;              ///< of the configuration schema that it ships; empty when it ships none
-    std::vector<std::string> payloads; ///< names of the tardisks that carry its files, in profile order
+    bool restrictStickyFiles = false;   ///< changed files that it delivered do not persist
+    std::string schemaId;               ///< of the configuration schema that it ships; empty when it ships none
+    std::vector<std::string> payloads;  ///< names of the tardisks that carry its files, in profile order
 };
 
 /// Every brev of the image profile by its identifier (vendor "_" type "_" name "_" version). A brev without a
@@ -36,6 +36,6 @@ std::unordered_set<std::string> GetSchemaIds();
 
 /// Writes the whole map to "/tmp/image-info.csv", replacing it. A file that cannot be written is not reported.
 void Dump();
-} // namespace NimbImage
+}  // namespace NimbImage
 
 #pragma GCC visibility pop

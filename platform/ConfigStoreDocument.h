@@ -28,7 +28,7 @@ bool ParseText(std::string_view text, NimbConfigStore::JsonDocument& document, s
 /// The same for the file with the logical path @p path, read through one fixed buffer. A file that cannot be
 /// opened or read is refused like an empty one.
 bool ParseFile(const std::string& path, NimbConfigStore::JsonDocument& document, std::string* reason = nullptr);
-} // namespace ConfigStoreDocument
+}  // namespace ConfigStoreDocument
 
 namespace NimbConfigStore
 {
@@ -36,6 +36,6 @@ namespace NimbConfigStore
 /// identifier property "cs_generated_id" and @p value lacks it, adds it, a UUID derived from the value's
 /// content: the same value always gets the same identifier. Everything else is left alone.
 void PopulateGeneratedInstanceId(const JsonValue& schema, JsonValue& value, JsonAllocator& allocator);
-} // namespace NimbConfigStore
+}  // namespace NimbConfigStore
 
 #pragma GCC visibility pop

@@ -19,9 +19,9 @@ public:
 
 private:
     std::string message_;
-    std::shared_ptr<void> context_; // attached by management services; nothing here reads it
+    std::shared_ptr<void> context_;  // attached by management services; nothing here reads it
 };
-} // namespace HostCtl::Lib
+}  // namespace HostCtl::Lib
 
 namespace NimbConfigStore
 {
@@ -65,6 +65,6 @@ public:
 /// The printf template of a code: as many %s (for CS_ERROR_COMMAND_WAIT one %d and one %s, for
 /// CS_ERROR_COMMAND_FAILED one %d) as the code has arguments. An unknown code gives a template without any.
 const char* ErrorMessageForId(CSErrorCodes code);
-} // namespace NimbConfigStore
+}  // namespace NimbConfigStore
 
 #pragma GCC visibility pop

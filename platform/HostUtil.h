@@ -1,8 +1,8 @@
 #pragma once
 
+#include <sys/types.h>
 #include <optional>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 #pragma GCC visibility push(default)
@@ -60,10 +60,10 @@ pid_t HostSpawn(const char* const* argv);
 /// file that does not parse is logged and gives the defaults.
 struct FeatureList
 {
-    bool schemaVersioning = true;             ///< process only the newest version of each schema
-    bool nimbioPlacement = false;             ///< register schemas by their SmartNIC placement
-    bool shrinkableBackupRamdisk = false;     ///< the backup ramdisk starts empty
-    bool preserveNetworkConfiguration = false; ///< entry 33: desired documents leave the network alone
+    bool schemaVersioning = true;               ///< process only the newest version of each schema
+    bool nimbioPlacement = false;               ///< register schemas by their SmartNIC placement
+    bool shrinkableBackupRamdisk = false;       ///< the backup ramdisk starts empty
+    bool preserveNetworkConfiguration = false;  ///< entry 33: desired documents leave the network alone
 };
 
 /// Reads the switches anew.

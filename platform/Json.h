@@ -8,4 +8,4 @@ namespace NimbConfigStore
 using JsonDocument = rapidjson::Document;
 using JsonValue = rapidjson::Value;
 using JsonAllocator = rapidjson::Document::AllocatorType;
-} // namespace NimbConfigStore
+}  // namespace NimbConfigStore

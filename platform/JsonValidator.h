@@ -15,15 +15,15 @@ namespace JsonValidator
 /// sees bytes and has no back references; a length counts characters.
 enum Rule : int
 {
-    RULE_TYPES = 0,        ///< type, enum, const
-    RULE_PRESENCE = 1,     ///< required, dependencies, minProperties, maxProperties
-    RULE_FORMATS = 2,      ///< format: date, time, date-time, ipv4, ipv6, hostname, uuid
-    RULE_VALUES = 3,       ///< minimum, maximum, exclusive bounds, multipleOf, minLength, maxLength, pattern
-    RULE_DEFAULTS = 4,     ///< default: a value that only repeats it is a finding
-    RULE_READ_ONLY = 5,    ///< readOnly: any value is a finding
-    RULE_DEPRECATIONS = 6, ///< deprecated: any value is a finding
-    RULE_ARRAYS = 7,       ///< items, additionalItems, minItems, maxItems, uniqueItems, contains
-    RULE_MEMBERS = 8,      ///< properties, patternProperties, additionalProperties, propertyNames
+    RULE_TYPES = 0,         ///< type, enum, const
+    RULE_PRESENCE = 1,      ///< required, dependencies, minProperties, maxProperties
+    RULE_FORMATS = 2,       ///< format: date, time, date-time, ipv4, ipv6, hostname, uuid
+    RULE_VALUES = 3,        ///< minimum, maximum, exclusive bounds, multipleOf, minLength, maxLength, pattern
+    RULE_DEFAULTS = 4,      ///< default: a value that only repeats it is a finding
+    RULE_READ_ONLY = 5,     ///< readOnly: any value is a finding
+    RULE_DEPRECATIONS = 6,  ///< deprecated: any value is a finding
+    RULE_ARRAYS = 7,        ///< items, additionalItems, minItems, maxItems, uniqueItems, contains
+    RULE_MEMBERS = 8,       ///< properties, patternProperties, additionalProperties, propertyNames
 };
 
 /// Checks @p value against @p schema and makes @p report an array with one object per finding:
@@ -37,6 +37,6 @@ void Validate(const NimbConfigStore::JsonValue& schema, const NimbConfigStore::J
 /// value of the wrong type or one that nobody implements. Empty when it is sound. The text names the place in the
 /// schema as a JSON Pointer.
 std::string CheckSchema(const NimbConfigStore::JsonValue& schema);
-} // namespace JsonValidator
+}  // namespace JsonValidator
 
 #pragma GCC visibility pop

@@ -9,11 +9,11 @@
 /// `extern "C" int ConfigUpgrade_Run(const ConfigUpgradeContext*)`; its result 0 is success.
 extern "C" struct ConfigUpgradeContext
 {
-    int version;          ///< of this structure: 1
-    int debug;            ///< 1 when the run stops at the first failure
-    int liveInstall;      ///< 1 when software was installed without a reboot
-    const char* hostRoot; ///< real folder that stands for "/" on this host
-    const char* storePath; ///< real path of the config store's database file
+    int version;            ///< of this structure: 1
+    int debug;              ///< 1 when the run stops at the first failure
+    int liveInstall;        ///< 1 when software was installed without a reboot
+    const char* hostRoot;   ///< real folder that stands for "/" on this host
+    const char* storePath;  ///< real path of the config store's database file
 };
 
 namespace NimbConfigUpgrade
@@ -25,6 +25,6 @@ int ExecuteBootTimeModules(const std::vector<std::string>& modules, bool debug);
 
 /// The same after a live install. @return 0, or -1 when a module failed.
 int ExecuteLiveInstallModules(const std::vector<std::string>& modules);
-} // namespace NimbConfigUpgrade
+}  // namespace NimbConfigUpgrade
 
 #pragma GCC visibility pop

@@ -129,6 +129,6 @@ void RemoveUndeclaredSchemas(const std::unordered_set<std::string>& expectedIds,
 /// descended into, and its siblings are not read. @p schema owns all that it holds; @p scratch comes back null.
 void GenerateSchemaDocument(const NimbConfigStore::JsonDocument& desired, const SchemaObjectCachePtr& cache,
                             NimbConfigStore::JsonDocument& schema, NimbConfigStore::JsonDocument& scratch);
-} // namespace NimbSchemaStore
+}  // namespace NimbSchemaStore
 
 #pragma GCC visibility pop

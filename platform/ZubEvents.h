@@ -44,6 +44,6 @@ void DumpZub(const std::string& id, int count, ...);
 /// Raises a system alert: the same line with kind "alert", the text as it is, no arguments.
 /// @return false when the line could not be written.
 bool RaiseSystemAlert(const std::string& text);
-} // namespace NimbConfigStore
+}  // namespace NimbConfigStore
 
 #pragma GCC visibility pop

@@ -20,9 +20,11 @@ status=0
 mkdir "$prefix/host"
 "$prefix/consumer" "$prefix/host" 2>"$prefix/message" || status=$?
 # An empty host has no store, so the one right answer is the failure that says so.
-[ "$status" -eq 2 ] && grep -q '^consumer: 2000: ' "$prefix/message" || {
-    echo "consumer: unexpected answer (status $status)" && cat "$prefix/message" && exit 1
-}
+if [ "$status" -ne 2 ] || ! grep -q '^consumer: 2000: ' "$prefix/message"; then
+    echo "consumer: unexpected answer (status $status)"
+    cat "$prefix/message"
+    exit 1
+fi
 
 for library in libconfigstorectl.so libnimbhost.so; do
     stray=$(nm -DC --defined-only "$libraries/$library" | cut -c18- |

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 build=${1:-build/debug}
 
 git ls-files '*.sh' .ci/run | xargs shellcheck
-# The system's own odd spellings are texts that other programs match.
+# The words passed over are texts that other programs match, and mistakes that tests make on purpose.
 git ls-files '*.cpp' '*.h' '*.md' '*.sh' | xargs codespell --ignore-words scripts/codespell-words.txt
 git ls-files 'configstore/*.cpp' 'desired/*.cpp' 'schema/*.cpp' 'image/*.cpp' 'errors/*.cpp' 'apps/*.cpp' 'host/*.cpp' |
     xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p "$build" 2>/dev/null

@@ -7,18 +7,14 @@
 
 int main(int argc, char** argv)
 {
-    try
-    {
+    try {
         SetHostRoot(argc > 1 ? argv[1] : "/");
         const auto failures = NimbConfigStore::GetBootTimeRestoreFailures();
-        for (const NimbConfigStore::FailureRecord& record : failures)
-        {
+        for (const NimbConfigStore::FailureRecord& record : failures) {
             std::printf("%s/%s/%s\n", record.component.c_str(), record.configGroup.c_str(), record.name.c_str());
         }
         return failures.empty() ? 0 : 1;
-    }
-    catch (const NimbConfigStore::ConfigStoreException& failure)
-    {
+    } catch (const NimbConfigStore::ConfigStoreException& failure) {
         std::fprintf(stderr, "consumer: %d: %s\n", failure.code(), failure.what());
         return 2;
     }

@@ -35,8 +35,7 @@ const char* const FOLDERS[] = {
 std::string NewRoot()
 {
     std::string name = (fs::path(::testing::TempDir()) / "test host XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
-    {
+    if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("cannot create " + name);
     }
     return name;
@@ -45,10 +44,8 @@ std::string NewRoot()
 std::string Quoted(const std::string& text)
 {
     std::string quoted = "\"";
-    for (const char c : text)
-    {
-        if (c == '"' || c == '\\')
-        {
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
             quoted += '\\';
         }
         quoted += c;
@@ -59,8 +56,7 @@ std::string Quoted(const std::string& text)
 std::string JsonArray(const std::vector<std::string>& texts)
 {
     std::string array = "[";
-    for (const std::string& text : texts)
-    {
+    for (const std::string& text : texts) {
         array += (array.size() > 1 ? "," : "") + Quoted(text);
     }
     return array + "]";
@@ -71,12 +67,11 @@ std::string FileWithMetadata(const std::string& name, const std::string& version
     return R"({"metadata": {"brevname": )" + Quoted(name) + R"(, "brevversion": )" + Quoted(version) +
            R"(}, "data": )" + data + "}";
 }
-} // namespace
+}  // namespace
 
 TestHost::TestHost() : root_(NewRoot())
 {
-    for (const char* folder : FOLDERS)
-    {
+    for (const char* folder : FOLDERS) {
         MakeFolder(folder);
     }
     SetHostRoot(root_);
@@ -104,17 +99,25 @@ std::string TestHost::ReadFile(const std::string& path) const
     return text.str();
 }
 
-bool TestHost::Exists(const std::string& path) const { return fs::exists(fs::symlink_status(Real(path))); }
+bool TestHost::Exists(const std::string& path) const
+{
+    return fs::exists(fs::symlink_status(Real(path)));
+}
 
-void TestHost::Remove(const std::string& path) { fs::remove_all(Real(path)); }
+void TestHost::Remove(const std::string& path)
+{
+    fs::remove_all(Real(path));
+}
 
-void TestHost::MakeFolder(const std::string& path) { fs::create_directories(Real(path)); }
+void TestHost::MakeFolder(const std::string& path)
+{
+    fs::create_directories(Real(path));
+}
 
 TestHost& TestHost::WithKernel(const Kernel& kernel)
 {
     std::string tardisks;
-    for (const auto& [name, files] : kernel.tardisks)
-    {
+    for (const auto& [name, files] : kernel.tardisks) {
         tardisks += (tardisks.empty() ? "" : ",") + Quoted(name) + ":" + JsonArray(files);
     }
     return WriteFile("/etc/talvor/platform/kernel.json",
@@ -139,18 +142,15 @@ TestHost& TestHost::WithPackage(const std::string& name, const std::string& vers
 {
     const std::string id = "Talvor_bootbank_" + name + "_" + version;
     std::string tagElements;
-    for (const std::string& tag : tags)
-    {
+    for (const std::string& tag : tags) {
         tagElements += "<tag>" + tag + "</tag>";
     }
-    if (!schemaData.empty())
-    {
+    if (!schemaData.empty()) {
         tagElements += "<tag>ConfigSchema:" + name + "-" + version + ":schema</tag>";
         WithSchemaFile(name, version, schemaData);
     }
-    WriteFile("/var/db/nimbimg/brevs/" + id + ".xml", "<brev><type>bootbank</type><name>" + name +
-                                                          "</name><version>" + version +
-                                                          "</version><vendor>Talvor</vendor><software-tags>" +
+    WriteFile("/var/db/nimbimg/brevs/" + id + ".xml", "<brev><type>bootbank</type><name>" + name + "</name><version>" +
+                                                          version + "</version><vendor>Talvor</vendor><software-tags>" +
                                                           tagElements + "</software-tags></brev>");
     packages_.push_back({id, payloads});
     WriteProfile();
@@ -160,11 +160,9 @@ TestHost& TestHost::WithPackage(const std::string& name, const std::string& vers
 void TestHost::WriteProfile() const
 {
     std::string brevs;
-    for (const Package& package : packages_)
-    {
+    for (const Package& package : packages_) {
         brevs += "<brev><brev-id>" + package.id + "</brev-id><payloads>";
-        for (const std::string& payload : package.payloads)
-        {
+        for (const std::string& payload : package.payloads) {
             brevs += "<payload>" + payload + "</payload>";
         }
         brevs += "</payloads></brev>";
@@ -189,8 +187,7 @@ std::vector<Row> TestHost::Sql(const std::string& sql, DBStore::Type type) const
 {
     sqlite3* database = nullptr;
     const std::string file = Real(DBStore::StorePath(type));
-    if (sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
-    {
+    if (sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
         sqlite3_close(database);
         throw std::runtime_error("cannot open " + file);
     }
@@ -200,8 +197,7 @@ std::vector<Row> TestHost::Sql(const std::string& sql, DBStore::Type type) const
         database, sql.c_str(),
         [](void* context, int columns, char** values, char**) {
             Row& row = static_cast<std::vector<Row>*>(context)->emplace_back();
-            for (int i = 0; i < columns; ++i)
-            {
+            for (int i = 0; i < columns; ++i) {
                 row.push_back(values[i] != nullptr ? std::optional<std::string>(values[i]) : std::nullopt);
             }
             return 0;
@@ -210,8 +206,7 @@ std::vector<Row> TestHost::Sql(const std::string& sql, DBStore::Type type) const
     const std::string why = reason != nullptr ? reason : "";
     sqlite3_free(reason);
     sqlite3_close(database);
-    if (result != SQLITE_OK)
-    {
+    if (result != SQLITE_OK) {
         throw std::runtime_error(sql + ": " + why);
     }
     return rows;
@@ -230,11 +225,9 @@ std::string TestHost::KeyValue(const std::string& key) const
 
 void TestHost::ClearLogs()
 {
-    for (const char* name : {"configstore.log", "configstore-boot.log", "syslog.log", "events.jsonl"})
-    {
+    for (const char* name : {"configstore.log", "configstore-boot.log", "syslog.log", "events.jsonl"}) {
         const std::string path = std::string("/var/log/talvor/") + name;
-        if (Exists(path))
-        {
+        if (Exists(path)) {
             fs::resize_file(Real(path), 0);
         }
     }
@@ -244,8 +237,7 @@ std::vector<std::string> TestHost::LogLines(const std::string& path) const
 {
     std::vector<std::string> lines;
     std::istringstream text(ReadFile(path));
-    for (std::string line; std::getline(text, line);)
-    {
+    for (std::string line; std::getline(text, line);) {
         // "TIME LEVEL [PID] TEXT" becomes "LEVEL TEXT".
         const std::size_t level = line.find(' ') + 1;
         const std::size_t process = line.find(' ', level) + 1;
@@ -259,16 +251,14 @@ std::vector<RaisedEvent> TestHost::Events() const
 {
     std::vector<RaisedEvent> events;
     std::istringstream text(ReadFile("/var/log/talvor/events.jsonl"));
-    for (std::string line; std::getline(text, line);)
-    {
+    for (std::string line; std::getline(text, line);) {
         NimbConfigStore::JsonDocument event;
         event.Parse(line.c_str());
         RaisedEvent& raised = events.emplace_back();
         raised.kind = event["kind"].GetString();
         raised.id = event["id"].GetString();
         raised.text = event["text"].GetString();
-        for (const auto& argument : event["args"].GetArray())
-        {
+        for (const auto& argument : event["args"].GetArray()) {
             raised.args.emplace_back(argument.GetString());
         }
     }
@@ -278,8 +268,7 @@ std::vector<RaisedEvent> TestHost::Events() const
 std::vector<std::string> TestHost::EventIds() const
 {
     std::vector<std::string> ids;
-    for (const RaisedEvent& event : Events())
-    {
+    for (const RaisedEvent& event : Events()) {
         ids.push_back(event.kind == "alert" ? event.kind : event.id);
     }
     return ids;

@@ -15,8 +15,8 @@ using Row = std::vector<std::optional<std::string>>;
 /// One line of /var/log/talvor/events.jsonl.
 struct RaisedEvent
 {
-    std::string kind; // "observation" or "alert"
-    std::string id;   // empty for an alert
+    std::string kind;  // "observation" or "alert"
+    std::string id;    // empty for an alert
     std::string text;
     std::vector<std::string> args;
     bool operator==(const RaisedEvent&) const = default;
@@ -37,7 +37,7 @@ public:
     std::string Real(const std::string& path) const { return root_ + path; }
 
     TestHost& WriteFile(const std::string& path, const std::string& content);
-    std::string ReadFile(const std::string& path) const; // empty when absent
+    std::string ReadFile(const std::string& path) const;  // empty when absent
     bool Exists(const std::string& path) const;
     void Remove(const std::string& path);
     void MakeFolder(const std::string& path);
@@ -47,7 +47,7 @@ public:
     {
         std::string bootCmdLine = "quiet";
         std::string bootMAC = "";
-        std::string bootOption = "00000000"; // four bytes in hexadecimal
+        std::string bootOption = "00000000";  // four bytes in hexadecimal
         std::string bootFsUUID = "5f0d6f4e-7a64-4c0e-9d6e-0c3a5b1f2a11";
         std::map<std::string, std::vector<std::string>> tardisks = {};
     };
