@@ -104,8 +104,11 @@ void PreservePermissions(const DBStore::ConnectionPtr& connection, const std::st
 void PreserveSolutionUserPermissions(const DBStore::ConnectionPtr& connection, const SchemaObjectCache& cache)
 {
     const SchemaObjectPtr accounts = FindSchema(cache, {HOST_COMPONENT, "authentication", "user_accounts"});
+    if (accounts == nullptr) {
+        return;
+    }
     const SchemaObjectPtr permissions = FindSchema(cache, {HOST_COMPONENT, PERMISSIONS_GROUP, PERMISSIONS});
-    if (accounts == nullptr || permissions == nullptr) {
+    if (permissions == nullptr) {
         return;
     }
     const std::unordered_set<std::string> solutionUsers = SolutionUsers(*accounts);
