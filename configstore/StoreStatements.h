@@ -211,16 +211,19 @@ inline constexpr const char* DELETE_EMPTY_ROWS =
     "DELETE FROM Config WHERE UserValue IS NULL AND VitalValue IS NULL AND CachedValue IS NULL AND DesiredValue IS "
     "NULL";
 
+// Look-ups where NOT IN would compare every orphan with every schema; none of the columns can be NULL.
+
 inline constexpr const char* DELETE_ORPHANED_CONFIG =
-    "DELETE FROM Config WHERE (Component, ConfigGroup, Name) NOT IN (SELECT Component, ConfigGroup, Name "
-    "FROM ss.ConfigSchema)";
+    "DELETE FROM Config WHERE NOT EXISTS (SELECT 1 FROM ss.ConfigSchema AS s WHERE s.Component = Config.Component AND "
+    "s.ConfigGroup = Config.ConfigGroup AND s.Name = Config.Name)";
 
 inline constexpr const char* SELECT_ORPHANED_DIRS =
-    "SELECT DISTINCT DirName FROM DataFileMetadata WHERE (Component, KEY) NOT IN (SELECT Component, KEY "
-    "FROM ss.DataFileSchema)";
+    "SELECT DISTINCT DirName FROM DataFileMetadata WHERE NOT EXISTS (SELECT 1 FROM ss.DataFileSchema AS s WHERE "
+    "s.Component = DataFileMetadata.Component AND s.KEY = DataFileMetadata.KEY)";
 
 inline constexpr const char* DELETE_ORPHANED_DATAFILES =
-    "DELETE FROM DataFileMetadata WHERE (Component, KEY) NOT IN (SELECT Component, KEY FROM ss.DataFileSchema)";
+    "DELETE FROM DataFileMetadata WHERE NOT EXISTS (SELECT 1 FROM ss.DataFileSchema AS s WHERE "
+    "s.Component = DataFileMetadata.Component AND s.KEY = DataFileMetadata.KEY)";
 
 inline constexpr const char* SELECT_DATAFILES = "SELECT DirName, FileName FROM DataFileMetadata";
 

@@ -32,6 +32,9 @@ constexpr Rewritten REWRITTEN[] = {
      "ConfigGroup, Name) IN (SELECT s.Component, s.ConfigGroup, s.Name FROM ss.SmartnicSchema AS s JOIN "
      "ss.ConfigSchema AS c ON c.Component = s.Component AND c.ConfigGroup = s.ConfigGroup AND c.Name = s.Name "
      "WHERE s.ValueType = 'nimb-shared' AND c.Singleton = 0)"},
+    {"DELETE_ORPHANED_CONFIG", NimbConfigStore::Statements::DELETE_ORPHANED_CONFIG,
+     "DELETE FROM Config WHERE (Component, ConfigGroup, Name) NOT IN (SELECT Component, ConfigGroup, Name "
+     "FROM ss.ConfigSchema)"},
 };
 
 /// Rows whose keys meet often: few names, identifiers NULL, empty and given, every action and none.
@@ -95,6 +98,55 @@ protected:
     DBStore::ConnectionPtr connection_;
 };
 }  // namespace
+
+namespace
+{
+std::vector<std::string> Texts(const std::vector<Row>& rows)
+{
+    std::vector<std::string> texts;
+    for (const Row& row : rows) {
+        texts.push_back(row.at(0).value());
+    }
+    return texts;
+}
+
+std::string RandomDataFiles(std::mt19937& random)
+{
+    std::string sql = "DELETE FROM DataFileMetadata;";
+    for (std::size_t i = random() % 15; i > 0; --i) {
+        const auto letter = [&random] { return "'" + std::string(1, static_cast<char>('a' + random() % 4)) + "'"; };
+        sql += "INSERT OR IGNORE INTO DataFileMetadata VALUES (" + letter() + "," + letter() + "," + letter() + "," +
+               letter() + ");";
+    }
+    return sql;
+}
+}  // namespace
+
+TEST_F(RewrittenStatementsTest, FindTheDataFilesThatTheirPlainTextsFind)
+{
+    const std::string attach =
+        "ATTACH '" + Host().Real(DBStore::StorePath(DBStore::Type::SchemaStore)) + "' AS ss; BEGIN;";
+    const std::string rows =
+        "SELECT json_array(Component, KEY, DirName, FileName) AS r FROM DataFileMetadata ORDER BY r";
+    const std::string orphaned = "(Component, KEY) NOT IN (SELECT Component, KEY FROM ss.DataFileSchema)";
+    Host().Sql("INSERT INTO DataFileSchema (Component, KEY) VALUES ('a', 'a'), ('a', 'b'), ('b', 'a'), ('c', 'd')",
+               DBStore::Type::SchemaStore);
+    const auto after = [&](const std::string& text) {
+        return Texts(Host().Sql(attach + text + ";" + rows + "; ROLLBACK", DBStore::Type::DataFileStore));
+    };
+    std::mt19937 random(21);
+    std::size_t found = 0;
+    for (int store = 0; store < 60; ++store) {
+        Host().Sql(RandomDataFiles(random), DBStore::Type::DataFileStore);
+        const auto folders = after("SELECT DISTINCT DirName FROM DataFileMetadata WHERE " + orphaned);
+        EXPECT_EQ(after(NimbConfigStore::Statements::SELECT_ORPHANED_DIRS), folders) << "store " << store;
+        EXPECT_EQ(after(NimbConfigStore::Statements::DELETE_ORPHANED_DATAFILES),
+                  after("DELETE FROM DataFileMetadata WHERE " + orphaned))
+            << "store " << store;
+        found += folders.size();
+    }
+    EXPECT_GT(found, 100U);
+}
 
 TEST_F(RewrittenStatementsTest, HaveTheEffectOfTheirPlainTextsOnEveryStore)
 {
