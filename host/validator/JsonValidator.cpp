@@ -12,10 +12,13 @@ namespace JsonValidator
 {
 namespace
 {
-std::string ProblemOf(const JsonValue& schema, JsonSchema::SchemaPatterns& patterns)
+/// A document's schema holds an object's below its root, "profile", component, group, alternatives and array.
+constexpr unsigned LEVELS_OF_A_DOCUMENT = 6;
+
+std::string ProblemOf(const JsonValue& schema, JsonSchema::SchemaPatterns& patterns, unsigned levelsAbove)
 {
     try {
-        JsonSchema::SchemaCheck(schema, patterns).Run();
+        JsonSchema::SchemaCheck(schema, patterns, levelsAbove).Run();
         return "";
     } catch (const JsonSchema::SchemaProblem& problem) {
         return problem.what();
@@ -40,7 +43,7 @@ void Validate(const JsonValue& schema, const JsonValue& value, JsonDocument& rep
               const std::string& name)
 {
     JsonSchema::ValidationState state;
-    const std::string problem = ProblemOf(schema, state.Patterns());
+    const std::string problem = ProblemOf(schema, state.Patterns(), 0);
     if (!problem.empty()) {
         throw NimbConfigStore::ConfigStoreException(NimbConfigStore::CS_ERROR_OPERATION,
                                                     ("Unusable schema: " + problem).c_str());
@@ -54,6 +57,6 @@ void Validate(const JsonValue& schema, const JsonValue& value, JsonDocument& rep
 std::string CheckSchema(const JsonValue& schema)
 {
     JsonSchema::SchemaPatterns patterns;
-    return ProblemOf(schema, patterns);
+    return ProblemOf(schema, patterns, LEVELS_OF_A_DOCUMENT);
 }
 }  // namespace JsonValidator

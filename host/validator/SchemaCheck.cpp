@@ -7,6 +7,7 @@
 #include "ConfigStoreDocument.h"
 #include "SchemaFormats.h"
 #include "SchemaReferences.h"
+#include "Subschemas.h"
 
 using NimbConfigStore::JsonValue;
 
@@ -71,6 +72,10 @@ bool IsDivisor(const JsonValue& value)
     return value.IsNumber() && value.GetDouble() > 0 && (!value.IsUint64() || value.IsInt64());
 }
 }  // namespace
+
+SchemaCheck::SchemaCheck(const JsonValue& root, SchemaPatterns& patterns, unsigned levelsAbove)
+    : root_(root), patterns_(patterns), positions_(SchemaPositions(root)), depth_(levelsAbove)
+{}
 
 void SchemaCheck::Run()
 {
@@ -142,7 +147,7 @@ SchemaCheck::Extent SchemaCheck::Keywords(const Value& schema, const Place* plac
 SchemaCheck::Extent SchemaCheck::ReferenceKeyword(const Value& schema, const Value& reference, const Place* place)
 {
     const Value* target = ResolveReference(root_, reference);
-    if (target == nullptr || !IsSchema(*target)) {
+    if (positions_.count(target) == 0 || !IsSchema(*target)) {
         Refuse(place, "the reference " + Described(reference) + " leads to no schema of this document");
     }
     for (const auto& member : schema.GetObject()) {
@@ -168,7 +173,7 @@ SchemaCheck::Extent SchemaCheck::SubschemasOf(Shape shape, const Value& value, c
         for (rapidjson::SizeType i = 0; i < value.Size(); ++i) {
             include(value[i], Place{place, {}, i, true});
         }
-    } else if (shape == Shape::SCHEMA_MAP || shape == Shape::PATTERN_MAP || shape == Shape::DEPENDENCIES) {
+    } else if (IsMap(shape)) {
         for (const auto& member : value.GetObject()) {
             if (!member.value.IsArray()) {
                 include(member.value, Place{place, Text(member.name)});
@@ -182,6 +187,9 @@ void SchemaCheck::Shaped(const Keyword& keyword, const Value& value, const Place
 {
     if (!HasShape(keyword.shape, value)) {
         Refuse(place, std::string("expected ") + ExpectedOf(keyword.shape) + ", found " + Described(value));
+    }
+    if (IsMap(keyword.shape)) {
+        NamesOnce(value, place);
     }
     if (keyword.shape == Shape::PATTERN) {
         Pattern(value, place);
@@ -228,6 +236,17 @@ bool SchemaCheck::HasShape(Shape shape, const Value& value) const
             return true;
     }
     return false;
+}
+
+void SchemaCheck::NamesOnce(const Value& map, const Place* place)
+{
+    std::set<std::string_view> seen;
+    for (const auto& member : map.GetObject()) {
+        const Place here{place, Text(member.name)};
+        if (!seen.insert(here.member).second) {
+            Refuse(&here, "the member stands twice");
+        }
+    }
 }
 
 void SchemaCheck::PatternNames(const Value& map, const Place* place)

@@ -23,7 +23,8 @@ struct SchemaProblem : std::runtime_error
 class SchemaCheck
 {
 public:
-    SchemaCheck(const NimbConfigStore::JsonValue& root, SchemaPatterns& patterns) : root_(root), patterns_(patterns) {}
+    /// @param levelsAbove  how many levels of a larger schema @p root must leave room for.
+    SchemaCheck(const NimbConfigStore::JsonValue& root, SchemaPatterns& patterns, unsigned levelsAbove);
 
     /// @throws SchemaProblem
     void Run();
@@ -44,14 +45,16 @@ private:
     Extent ReferenceKeyword(const Value& schema, const Value& reference, const Place* place);
     Extent SubschemasOf(Shape shape, const Value& value, const Place* place);
     void Shaped(const Keyword& keyword, const Value& value, const Place* place);
+    void NamesOnce(const Value& map, const Place* place);
     void PatternNames(const Value& map, const Place* place);
     void Pattern(const Value& text, const Place* place);
     bool HasShape(Shape shape, const Value& value) const;
 
     const Value& root_;
     SchemaPatterns& patterns_;
+    std::unordered_set<const Value*> positions_;
     std::unordered_map<const Value*, Extent> targets_;
     std::unordered_set<const Value*> underWay_;
-    unsigned depth_ = 0;
+    unsigned depth_;
 };
 }  // namespace JsonSchema

@@ -13,7 +13,8 @@ namespace
 constexpr std::size_t MAX_PATTERN_BYTES = 2048;
 constexpr double MAX_STATES = 2048;
 
-/// Estimates the states that a pattern compiles to: a counted repetition copies what it repeats.
+/// Estimates, to within a small factor, the states that a pattern compiles to: a counted repetition copies what it
+/// repeats. Reads the pattern as its compiler does; what that refuses may be read in any way.
 class StateEstimate
 {
 public:
@@ -35,7 +36,7 @@ private:
     {
         switch (c) {
             case '(':
-                open_.push_back(0);
+                OpenGroup();
                 break;
             case ')':
                 CloseGroup();
@@ -46,9 +47,16 @@ private:
                 break;
             case '{':
                 Repeat();
+                EndQuantifier();
+                break;
+            case '*':
+            case '+':
+            case '?':
+                Add(1);
+                EndQuantifier();
                 break;
             case '\\':
-                ++at_;
+                SkipEscape();
                 Add(1);
                 break;
             default:
@@ -60,6 +68,13 @@ private:
     {
         last_ = states;
         open_.back() += states;
+    }
+
+    /// The "?" of "(?:", "(?=" and "(?!" repeats nothing.
+    void OpenGroup()
+    {
+        open_.push_back(0);
+        at_ += Next() == '?' ? 1 : 0;
     }
 
     void CloseGroup()
@@ -74,9 +89,37 @@ private:
     void SkipSet()
     {
         for (++at_; at_ < pattern_.size() && pattern_[at_] != ']'; ++at_) {
-            at_ += pattern_[at_] == '\\' ? 1 : 0;
+            if (pattern_[at_] == '\\') {
+                SkipEscape();
+            } else if (pattern_[at_] == '[') {
+                SkipClass();
+            }
         }
     }
+
+    /// "[:alpha:]", "[.a.]" and "[=a=]" inside a set hold a "]" that does not end it.
+    void SkipClass()
+    {
+        const char kind = Next();
+        if (kind == ':' || kind == '.' || kind == '=') {
+            const std::size_t end = pattern_.find(kind, at_ + 2);
+            at_ = end == std::string_view::npos ? pattern_.size() : end + 1;
+        }
+    }
+
+    /// "\c" takes the character behind it too, whatever that is.
+    void SkipEscape() { at_ += Next() == 'c' ? 2 : 1; }
+
+    /// The compiler takes "a{40}{40}{40}" and "a?*{40}" as repetitions of repetitions.
+    void EndQuantifier()
+    {
+        at_ += Next() == '?' ? 1 : 0;
+        if (const char next = Next(); next == '*' || next == '+' || next == '?' || next == '{') {
+            throw std::runtime_error("a quantifier stands directly behind another one");
+        }
+    }
+
+    char Next() const { return at_ + 1 < pattern_.size() ? pattern_[at_ + 1] : '\0'; }
 
     void Repeat()
     {

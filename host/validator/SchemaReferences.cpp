@@ -8,7 +8,7 @@
 #include <rapidjson/stringbuffer.h>
 
 #include "JsonPlace.h"
-#include "SchemaKeywords.h"
+#include "Subschemas.h"
 
 using NimbConfigStore::JsonAllocator;
 using NimbConfigStore::JsonValue;
@@ -29,33 +29,18 @@ std::string FragmentOf(const std::vector<std::string>& place)
 }
 
 /// Moves every reference of @p schema, which stand under keywords only: elsewhere "$ref" is a value like any other.
-void MoveReferences(JsonValue& schema, const std::string& fragment, JsonAllocator& allocator);
-
-void MoveReferencesOfKeyword(Shape shape, JsonValue& value, const std::string& fragment, JsonAllocator& allocator)
-{
-    if (shape == Shape::REFERENCE) {
-        value = TextValue(fragment + (value.GetString() + 1), allocator);
-    } else if (shape == Shape::SCHEMA || (shape == Shape::SCHEMA_OR_SCHEMAS && !value.IsArray())) {
-        MoveReferences(value, fragment, allocator);
-    } else if (shape == Shape::SCHEMAS || shape == Shape::SCHEMA_OR_SCHEMAS) {
-        for (JsonValue& schema : value.GetArray()) {
-            MoveReferences(schema, fragment, allocator);
-        }
-    } else if (shape == Shape::SCHEMA_MAP || shape == Shape::PATTERN_MAP || shape == Shape::DEPENDENCIES) {
-        for (auto& member : value.GetObject()) {
-            MoveReferences(member.value, fragment, allocator);
-        }
-    }
-}
-
 void MoveReferences(JsonValue& schema, const std::string& fragment, JsonAllocator& allocator)
 {
     if (!schema.IsObject()) {
         return;
     }
     for (auto& member : schema.GetObject()) {
-        if (const Keyword* keyword = FindKeyword({member.name.GetString(), member.name.GetStringLength()})) {
-            MoveReferencesOfKeyword(keyword->shape, member.value, fragment, allocator);
+        const Keyword* keyword = FindKeyword({member.name.GetString(), member.name.GetStringLength()});
+        if (keyword != nullptr && keyword->shape == Shape::REFERENCE) {
+            member.value = TextValue(fragment + (member.value.GetString() + 1), allocator);
+        } else if (keyword != nullptr) {
+            EachSubschema(keyword->shape, member.value,
+                          [&](JsonValue& inner) { MoveReferences(inner, fragment, allocator); });
         }
     }
 }
@@ -81,6 +66,26 @@ std::optional<std::string> PercentDecoded(std::string_view text)
     return decoded;
 }
 }  // namespace
+
+std::unordered_set<const JsonValue*> SchemaPositions(const JsonValue& root)
+{
+    std::unordered_set<const JsonValue*> positions;
+    std::vector<const JsonValue*> unread{&root};
+    while (!unread.empty()) {
+        const JsonValue& schema = *unread.back();
+        unread.pop_back();
+        positions.insert(&schema);
+        if (!schema.IsObject()) {
+            continue;
+        }
+        for (const auto& member : schema.GetObject()) {
+            if (const Keyword* keyword = FindKeyword({member.name.GetString(), member.name.GetStringLength()})) {
+                EachSubschema(keyword->shape, member.value, [&](const JsonValue& inner) { unread.push_back(&inner); });
+            }
+        }
+    }
+    return positions;
+}
 
 const JsonValue* ResolveReference(const JsonValue& root, const JsonValue& reference)
 {

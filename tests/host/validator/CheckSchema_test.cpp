@@ -94,6 +94,93 @@ TEST(CheckSchema, APatternThatWouldExhaustTheMatcherIsRefused)
     EXPECT_FALSE(Accepts(many, "\"" + std::string(50, 'a') + "b\""));
 }
 
+TEST(CheckSchema, AQuantifierDirectlyBehindAnotherOneIsRefused)
+{
+    for (const char* pattern : {"(a?)+{40}+{40}+{8}", "a{40}{40}", "a**", "a+?+", "a???", "(?:a)?{2}", "[a]{2}?{2}"}) {
+        EXPECT_THAT(ProblemOf(R"({"pattern": ")" + std::string(pattern) + "\"}"),
+                    HasSubstr("a quantifier stands directly behind another one"))
+            << pattern;
+    }
+    EXPECT_EQ(ProblemOf(R"({"pattern": "^(?:a+?b*?c??d{2,3}?)+(?=e)(?!f)\\?+[?*+{]+\\c?+$"})"), "");
+}
+
+TEST(CheckSchema, WhatASetHoldsHidesNoRepetitionFromTheLimit)
+{
+    // Each set holds what would end it, or open a group, were it read differently.
+    const std::string large = "(b?){300}";
+    for (const char* set : {"[[:alpha:](]", "[[.].](]", "[[=]=](]", R"([\\c](])", R"([\\](])", "[^](]", "[](]"}) {
+        const std::string pattern = "(" + large + set + "){1000}";
+        EXPECT_NE(ProblemOf(R"({"pattern": ")" + pattern + "\"}"), "") << pattern;
+    }
+    EXPECT_THAT(ProblemOf(R"({"pattern": "((b?){300}[[:alpha:](]){1000}"})"), HasSubstr("too large"));
+    EXPECT_THAT(ProblemOf(R"({"pattern": "((b?){300}\\c(){1000}"})"), HasSubstr("too large"));
+    EXPECT_THAT(ProblemOf(R"({"pattern": "((b?){300}[\\c](]){1000}"})"), HasSubstr("too large"));
+    EXPECT_EQ(ProblemOf(R"({"pattern": "^[[:alpha:]_][[:alnum:]_]{0,100}$"})"), "");
+}
+
+TEST(CheckSchema, TheLargestPatternsThatAreTakenMatchWithoutOverflowingTheStack)
+{
+    const std::string text = "\"" + std::string(120, 'a') + "b\"";
+    const auto repeated = [](std::string piece, int times, std::string whole = "") {
+        for (int i = 0; i < times; ++i) {
+            whole += piece;
+        }
+        return whole;
+    };
+    for (const std::string& pattern :
+         {std::string("^(a?){500}b$"), std::string("^((((a?)?)?)?){150}b$"), repeated("a?", 1000, "^") + "b$",
+          repeated("(", 400, "^") + "a" + repeated(")?", 400), repeated("(?=a", 100) + repeated(")", 100)}) {
+        const std::string schema = R"({"pattern": ")" + pattern + "\"}";
+        ASSERT_EQ(ProblemOf(schema), "") << pattern;
+        EXPECT_TRUE(Accepts(schema, text)) << pattern;
+    }
+}
+
+TEST(CheckSchema, ANameThatStandsTwiceInAMapIsRefusedByPlace)
+{
+    for (const char* map : {"properties", "patternProperties", "dependencies", "definitions", "$defs"}) {
+        EXPECT_EQ(ProblemOf("{\"" + std::string(map) + R"(": {"a": {}, "b": true, "a": {"type": "string"}}})"),
+                  "at \"/" + std::string(map) + "/a\": the member stands twice");
+    }
+    EXPECT_THAT(ProblemOf(R"({"dependencies": {"a": ["b"], "a": ["c"]}})"), HasSubstr("stands twice"));
+    EXPECT_EQ(ProblemOf(R"({"default": {"a": 1, "a": 2}})"), "");
+}
+
+TEST(CheckSchema, AReferenceIntoAPlaceThatHasNoSchemaIsRefused)
+{
+    for (const char* holder : {R"("x-shared": {"p": {"type": "string"}})", R"("examples": [{"p": {}}])",
+                               R"("default": {"p": {}})", R"("const": {"p": {}})", R"("enum": [{"p": {}}])",
+                               R"("x-shared": {"definitions": {"p": {}}})", R"("properties": {"p": {}})"}) {
+        const std::string name = std::string(holder).substr(1, std::string(holder).find('"', 1) - 1);
+        const std::string place = *(std::string(holder).rbegin()) == ']' ? name + "/0" : name;
+        const bool isSchema = name == "properties";
+        for (const std::string& target : {place + "/p", place + "/definitions/p", place}) {
+            const std::string schema = "{" + std::string(holder) + R"(, "items": {"$ref": "#/)" + target + "\"}}";
+            const std::string problem = ProblemOf(schema);
+            EXPECT_EQ(problem.empty(), isSchema && target == "properties/p") << schema << problem;
+        }
+    }
+}
+
+TEST(CheckSchema, ASchemaLeavesRoomForTheLevelsOfAWholeDocument)
+{
+    int longest = 0;
+    while (ProblemOf(Chain(longest + 1, "*")).empty()) {
+        ++longest;
+    }
+    std::string nested = Chain(longest, "*");
+    NimbConfigStore::JsonDocument object;
+    ParseInto(object, nested);
+    // A document's schema is not checked for room of its own: it may be as deep as any.
+    NimbConfigStore::JsonDocument report;
+    EXPECT_NO_THROW(JsonValidator::Validate(object, object, report, VALUE_RULES, ""));
+    ParseInto(object, Chain(longest + 6, "*"));
+    EXPECT_NO_THROW(JsonValidator::Validate(object, object, report, VALUE_RULES, ""));
+    ParseInto(object, Chain(longest + 7, "*"));
+    EXPECT_THROW(JsonValidator::Validate(object, object, report, VALUE_RULES, ""),
+                 NimbConfigStore::ConfigStoreException);
+}
+
 TEST(CheckSchema, AnUnknownKeywordIsRefusedByPlace)
 {
     EXPECT_EQ(ProblemOf(R"({"properties": {"a": {"minimun": 5}}})"),
