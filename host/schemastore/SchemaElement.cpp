@@ -25,7 +25,7 @@ std::string_view Text(const JsonValue& value)
 
 bool IsName(const JsonValue& value)
 {
-    return value.IsString() && value.GetStringLength() > 0;
+    return value.IsString() && !Text(value).empty() && Text(value).find('\0') == std::string_view::npos;
 }
 
 bool AreNames(const JsonValue& value)
@@ -86,19 +86,19 @@ struct MemberRule
 };
 
 constexpr MemberRule MEMBERS[] = {
-    {"component", IsName, "a string that is not empty"},
-    {"group", IsName, "a string that is not empty"},
-    {"key", IsName, "a string that is not empty"},
+    {"component", IsName, "a string that is not empty and holds no NUL"},
+    {"group", IsName, "a string that is not empty and holds no NUL"},
+    {"key", IsName, "a string that is not empty and holds no NUL"},
     {"schema", IsObject, "a JSON Schema (an object)"},
     {"singleton", IsBoolean, "a boolean"},
-    {"version", IsName, "a string that is not empty"},
+    {"version", IsName, "a string that is not empty and holds no NUL"},
     {"schemaType", IsInteger, "an integer"},
     {"dspIntegrated", IsBoolean, "a boolean"},
     {"mutableDefaultConfig", IsBoolean, "a boolean"},
     {"preserveNonUser", IsBoolean, "a boolean"},
     {"noRestore", IsFlag, "0 or 1"},
-    {"excludedInstances", AreNames, "an array of strings that are not empty"},
-    {"solutionUserInstances", AreNames, "an array of strings that are not empty"},
+    {"excludedInstances", AreNames, "an array of strings that are not empty and hold no NUL"},
+    {"solutionUserInstances", AreNames, "an array of strings that are not empty and hold no NUL"},
     {"smartnic", IsPlacement, "{\"schema\": \"nimb-shared\" or \"nimbio-only\"}"},
     {"file", IsFile,
      "{\"enabled\": boolean, \"persistence\": \"vital\", \"cached\" or \"config\", \"path\": \"/...\"}"},
@@ -195,9 +195,9 @@ private:
 
     [[noreturn]] void Refuse(std::string_view member, const std::string& why) const
     {
-        throw ConfigStoreException(
-            NimbConfigStore::CS_ERROR_OPERATION,
-            ("Schema element " + id_.toString() + ": member " + JsonSchema::Quoted(member) + " " + why).c_str());
+        std::string text = "Schema element " + id_.toString() + ": member " + JsonSchema::Quoted(member) + " " + why;
+        std::replace(text.begin(), text.end(), '\0', ' ');  // a name may hold it, which would cut the text off
+        throw ConfigStoreException(NimbConfigStore::CS_ERROR_OPERATION, text.c_str());
     }
 
     const SchemaObjectId& id_;

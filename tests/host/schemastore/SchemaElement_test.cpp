@@ -7,6 +7,7 @@
 
 #include "ConfigStoreDocument.h"
 #include "ConfigStoreException.h"
+#include "JsonValidator.h"
 #include "NimbSchemaStore.h"
 #include "TestHost.h"
 
@@ -156,6 +157,43 @@ TEST_F(SchemaElementTest, AnElementIsRegisteredUnderItsOwnNameOnly)
     EXPECT_THAT(Refusal(R"({"component": "nimb", "group": "g", "schema": {}})"), HasSubstr("member \"key\""));
     EXPECT_THAT(Refusal(R"({"component": "nimb", "group": "", "key": "k", "schema": {}})", "nimb", ""),
                 HasSubstr("member \"group\" expected a string that is not empty"));
+}
+
+TEST_F(SchemaElementTest, ANameWithANulIsRefused)
+{
+    const std::string nul(1, '\0');
+    EXPECT_THAT(Refusal(R"({"component": "a\u0000b", "group": "g", "key": "k", "schema": {}})", "a" + nul + "b"),
+                HasSubstr("member \"component\" expected a string that is not empty and holds no NUL"));
+    EXPECT_THAT(Refusal(R"({"component": "nimb", "group": "g\u0000", "key": "k", "schema": {}})", "nimb", "g" + nul),
+                HasSubstr("member \"group\" expected"));
+    EXPECT_THAT(Refusal(R"({"component": "nimb", "group": "g", "key": "\u0000k", "schema": {}})"),
+                HasSubstr("member \"key\" expected"));
+}
+
+TEST_F(SchemaElementTest, TheDeepestSchemaThatIsTakenWorksInAWholeDocument)
+{
+    const auto chain = [](int length) {
+        std::string definitions = R"("0": {"type": "string"})";
+        for (int i = 1; i <= length; ++i) {
+            const std::string next = std::to_string(i - 1);
+            definitions += ", \"" + std::to_string(i) + R"(": {"$ref": "#/definitions/)" + next + "\"}";
+        }
+        return Element(R"("singleton": false, "mutableDefaultConfig": true, "schema": {"properties": {"id": {"type":
+            "string", "instanceId": true}, "a": {"$ref": "#/definitions/)" +
+                       std::to_string(length) + R"("}}, "definitions": {)" + definitions + "}}");
+    };
+    int longest = 100;
+    while (Refusal(chain(longest + 1)).empty()) {
+        ++longest;
+    }
+    EXPECT_THAT(Refusal(chain(longest + 1)), HasSubstr("nested too deeply"));
+    RemoveUndeclaredSchemas({}, run_);
+    JsonDocument desired, schema, scratch, report;
+    ASSERT_TRUE(
+        ConfigStoreDocument::ParseText(R"({"profile": {"nimb": {"g": {"k": [{"id": "x", "a": "y"}]}}}})", desired));
+    GenerateSchemaDocument(desired, SchemaStore::GetStore(false)->GetCache(), schema, scratch);
+    JsonValidator::Validate(schema, desired, report, {0, 8}, "");
+    EXPECT_TRUE(report.Empty());
 }
 
 TEST_F(SchemaElementTest, ATextThatIsNoObjectOrTooDeepIsRefused)
