@@ -18,6 +18,9 @@ const std::set<int> OBJECT_RULES{RULE_TYPES, RULE_PRESENCE, RULE_VALUES, RULE_AR
 bool ValidateDesiredDocument(rapidjson::Document& desired,
                              const std::shared_ptr<NimbSchemaStore::SchemaObjectCache>& cache)
 {
+    if (cache == nullptr) {
+        throw ConfigStoreException(CS_ERROR_OPERATION, "A desired document cannot be validated without schemas");
+    }
     JsonDocument scratch;  // before the schema, which refers to its values
     JsonDocument schema;
     NimbSchemaStore::GenerateSchemaDocument(desired, cache, schema, scratch);

@@ -144,6 +144,7 @@ std::shared_ptr<JsonDoc> CreateDocumentFromString(const std::string& text);
 // ---- Validation ---------------------------------------------------------------------------------------------------
 
 /// True when every object of a desired document is known and keeps to its schema; every finding is logged.
+/// @throws ConfigStoreException 2000 without a cache.
 bool ValidateDesiredDocument(rapidjson::Document& desired,
                              const std::shared_ptr<NimbSchemaStore::SchemaObjectCache>& cache);
 
