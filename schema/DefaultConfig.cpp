@@ -151,7 +151,7 @@ DefaultEntry ReadEntry(JsonValue& element, JsonAllocator& allocator, const Defau
     DefaultEntry entry;
     try {
         FillEntry(entry, element, allocator, run, errors);
-    } catch (const ConfigStoreException& error) {
+    } catch (const std::exception& error) {
         errors.Add(entry.id, "", error.what());
     }
     return entry;
@@ -216,7 +216,6 @@ bool ProcessFile(SchemaFile& file, const DefaultConfigRun& run)
         ProcessElements(file, run, errors);
     }
     if (errors.Empty()) {
-        RemoveDefaultConfigErrors(file.name);
         return true;
     }
     errors.Write(file.name);
@@ -249,6 +248,7 @@ void EmptyDefaultConfig(const DBStore::ConnectionPtr& connection)
 
 bool RebuildDefaultConfig(bool nimbio)
 {
+    RemoveDefaultConfigErrors();
     const std::optional<std::list<std::string>> names = FindSchemaFiles(DEFAULT_CONFIG_FOLDER);
     if (!names) {
         CSLogger::Log(CSLogger::ERROR, "Failed to open %s", DEFAULT_CONFIG_FOLDER);

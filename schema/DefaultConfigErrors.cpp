@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <system_error>
 
 #include "CSLogger.h"
 #include "ConfigStoreDocument.h"
@@ -23,6 +24,15 @@ std::string ErrorFile(const std::string& name)
 JsonValue TextValue(const std::string& text, JsonAllocator& allocator)
 {
     return JsonValue(text.c_str(), static_cast<rapidjson::SizeType>(text.size()), allocator);
+}
+
+constexpr auto REGULAR = std::filesystem::file_type::regular;
+
+void RemoveFile(const std::string& path)
+{
+    if (unlink(HostPathNoFollow(path).c_str()) != 0 && errno != ENOENT) {
+        CSLogger::Log(CSLogger::WARNING, "Failed to remove %s: %s", path.c_str(), std::strerror(errno));
+    }
 }
 
 int ReplaceFile(const std::string& path, const std::string& content)
@@ -67,11 +77,21 @@ void DefaultConfigErrors::Write(const std::string& name) const
     }
 }
 
-void RemoveDefaultConfigErrors(const std::string& name)
+void RemoveDefaultConfigErrors()
 {
-    const std::string path = ErrorFile(name);
-    if (unlink(HostPathNoFollow(path).c_str()) != 0 && errno != ENOENT) {
-        CSLogger::Log(CSLogger::WARNING, "Failed to remove %s: %s", path.c_str(), std::strerror(errno));
+    const std::filesystem::path prefix(DEFAULT_CONFIG_ERRORS);
+    const std::string folder = prefix.parent_path().string();
+    std::error_code failure;
+    for (std::filesystem::directory_iterator entry(HostPath(folder), failure), end; !failure && entry != end;
+         entry.increment(failure)) {
+        const std::string name = entry->path().filename().string();
+        std::error_code unknown;
+        if (name.starts_with(prefix.filename().string()) && entry->symlink_status(unknown).type() == REGULAR) {
+            RemoveFile(folder + "/" + name);
+        }
+    }
+    if (failure && failure != std::errc::no_such_file_or_directory) {
+        CSLogger::Log(CSLogger::WARNING, "Failed to read %s: %s", folder.c_str(), failure.message().c_str());
     }
 }
 }  // namespace NimbConfigStore

@@ -24,6 +24,6 @@ private:
     JsonDocument document_;
 };
 
-/// Removes the error file that an earlier run left for the default-configuration file @p name.
-void RemoveDefaultConfigErrors(const std::string& name);
+/// Removes the error files that earlier runs left, also those of files that have gone since. A failure is logged.
+void RemoveDefaultConfigErrors();
 }  // namespace NimbConfigStore

@@ -3,6 +3,7 @@
 #include <dirent.h>
 
 #include <regex>
+#include <stdexcept>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -154,7 +155,11 @@ SchemaVersion ExtractVersion(const SchemaIdMap& map, const std::string& file, co
         return {};
     }
     const auto number = [&parts](std::size_t group) { return std::stoi(parts[group].str()); };
-    return {number(1), number(2), number(3), number(4), number(5)};
+    try {
+        return {number(1), number(2), number(3), number(4), number(5)};
+    } catch (const std::out_of_range&) {
+        throw std::out_of_range("stoi: " + PathOf(directory, file));
+    }
 }
 
 VersionCompare::VersionCompare(std::string directory, SchemaIdMap map)

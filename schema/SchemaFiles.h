@@ -38,7 +38,7 @@ SchemaIdMap GenerateSchemaIdMap(const std::list<std::string>& files, const std::
 std::string ExtractSchemaNameFromSchemaId(const std::string& id);
 
 /// All 0 when the identifier holds no version. @throws std::out_of_range for a file that is not in the map or a
-/// number beyond int.
+/// number beyond int, whose text then names the file's path.
 SchemaVersion ExtractVersion(const SchemaIdMap& map, const std::string& file, const std::string& directory);
 
 /// Orders file names newest version first. Throws as ExtractVersion.

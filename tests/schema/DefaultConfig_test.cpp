@@ -181,6 +181,29 @@ TEST_F(DefaultConfigTest, AnErrorFileOfAnEarlierRunIsReplacedAndThenRemoved)
     EXPECT_FALSE(Host().Exists(ERRORS + FILE_NAME));
 }
 
+TEST_F(DefaultConfigTest, ARebuildLeavesNoErrorFileOfAFileThatIsGoneOrSuperseded)
+{
+    EXPECT_FALSE(Process("[" + Entry("none", "{}") + "]"));
+    ASSERT_TRUE(Host().Exists(ERRORS + FILE_NAME));
+    Host()
+        .WriteFile(ERRORS + "gone-1.0.0_0.1.json", "{}")
+        .WriteFile("/var/run/talvor/files/loadStoreErrors.json", "{}");
+    Host().MakeFolder(ERRORS + "folder");
+    Host().WithDefaultConfig("net", "1.0.1_0.1", "[]");
+    EXPECT_TRUE(ProcessDefaultConfiguration(false));
+    EXPECT_FALSE(Host().Exists(ERRORS + FILE_NAME));
+    EXPECT_FALSE(Host().Exists(ERRORS + "gone-1.0.0_0.1.json"));
+    EXPECT_TRUE(Host().Exists("/var/run/talvor/files/loadStoreErrors.json"));
+    EXPECT_TRUE(Host().Exists(ERRORS + "folder"));
+}
+
+TEST_F(DefaultConfigTest, WithoutTheFolderOfErrorFilesARebuildSucceeds)
+{
+    Host().Remove("/var/run/talvor/files");
+    EXPECT_TRUE(Process("[" + Entry("dns", R"({"host":"h"})") + "]"));
+    EXPECT_THAT(Host().Log(), Not(Contains(StartsWith("warning"))));
+}
+
 TEST_F(DefaultConfigTest, AnErrorFileThatCannotBeWrittenIsLoggedOnly)
 {
     Host().Remove("/var/run/talvor/files");

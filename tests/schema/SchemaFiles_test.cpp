@@ -174,6 +174,7 @@ TEST(SchemaIdentifier, TheVersionHasFiveNumbers)
 TEST(SchemaIdentifier, AVersionNumberBeyondIntAndAFileOutsideTheMapThrow)
 {
     EXPECT_THROW(VersionOf("foo-1.2.99999999999_4.5"), std::out_of_range);
+    EXPECT_EQ(ThrownBy([] { VersionOf("foo-1.2.99999999999_4.5"); }), "stoi: /schemas/f");
     EXPECT_EQ(ThrownBy([] { ExtractVersion({}, "f", FOLDER); }), "map::at");
 }
 

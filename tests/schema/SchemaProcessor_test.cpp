@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <filesystem>
+
 #include "NimbConfigStore.h"
 #include "StoreFault.h"
 #include "TestHost.h"
@@ -90,6 +92,29 @@ TEST_F(SchemaProcessorTest, OnlyTheNewestFileOfASchemaIsProcessed)
     EXPECT_THAT(Registered(), ElementsAre("dns"));
     EXPECT_THAT(Host().Log(), Contains("info Skipping schema file 'net-1.0.0_0.1.json' since latest version already "
                                        "processed."));
+}
+
+TEST_F(SchemaProcessorTest, AnUndeclaredNewestFileStillPutsTheDeclaredOlderOneAside)
+{
+    Host().WithPackage("net", "1.0.0_0.1", "[" + Element("old") + "]");
+    Host().WithSchemaFile("net", "1.0.1_0.1", "[" + Element("dns") + "]");
+    EXPECT_TRUE(ProcessSchemas({}));
+    EXPECT_THAT(Registered(), IsEmpty());
+    EXPECT_THAT(Host().Events(),
+                ElementsAre(SchemaEvent("validation", "BrevId validation failed for", "net-1.0.1_0.1.json")));
+    EXPECT_THAT(Host().Log(), Contains("info Skipping schema file 'net-1.0.0_0.1.json' since latest version already "
+                                       "processed."));
+}
+
+TEST_F(SchemaProcessorTest, AVersionBeyondIntEndsTheRunAndTheLogNamesItsFile)
+{
+    Host()
+        .WithPackage("net", "1.0.0_0.1", "[" + Element("dns") + "]")
+        .WithSchemaFile("far", "1.0.99999999999_0.1", "[]");
+    EXPECT_FALSE(ProcessSchemas({}));
+    EXPECT_THAT(Registered(), IsEmpty());
+    EXPECT_THAT(Host().Log(), Contains("error [SchemaProcessor] Error processing schemas - 'stoi: " + FOLDER +
+                                       "far-1.0.99999999999_0.1.json'."));
 }
 
 TEST_F(SchemaProcessorTest, WithoutVersioningEveryFileIsProcessed)
@@ -220,6 +245,34 @@ TEST_F(SchemaProcessorTest, ARefreshProcessesSchemasAndSaysSo)
     EXPECT_TRUE(RefreshConfigStore({}, {}));
     EXPECT_THAT(Registered(), ElementsAre("dns"));
     EXPECT_EQ(Host().Log().front(), "info Refresh Config Store");
+}
+
+TEST_F(SchemaProcessorTest, ARefreshExpectsTheCallersIdentifiersToo)
+{
+    Host().WithSchemaFile("net", "1.0.0_0.1", "[" + Element("dns") + "]").WithPackage("other", "1.0.0_0.1");
+    EXPECT_TRUE(RefreshConfigStore({"net-1.0.0_0.1"}, {}));
+    EXPECT_THAT(Registered(), ElementsAre("dns"));
+}
+
+TEST_F(SchemaProcessorTest, ARefreshRunsTheModulesOfALiveInstall)
+{
+    const std::string module = "/usr/lib/talvor/configmanager/upgrade/lib/success.so";
+    std::filesystem::copy_file(std::filesystem::path(UPGRADE_MODULES) / "success.so", Host().Real(module));
+    Host().WithPackage("net", "1.0.0_0.1", "[" + Element("dns") + "]");
+    EXPECT_TRUE(RefreshConfigStore({}, {module}));
+    EXPECT_EQ(Host().ReadFile("/var/told"), "1 0 1 " + Host().Real("/etc/talvor/configstore/current-store-1") + "\n");
+    EXPECT_EQ(Host().Log().back(), "info Running upgrade module " + module);
+    EXPECT_THAT(Host().EventIds(), IsEmpty());
+}
+
+TEST_F(SchemaProcessorTest, ARefreshWithoutASchemaStoreFailsWithoutAnExceptionAndRunsNoModule)
+{
+    Host().WithPackage("net", "1.0.0_0.1", "[" + Element("dns") + "]");
+    Host().Remove(DBStore::StorePath(DBStore::Type::SchemaStore));
+    bool succeeded = true;
+    EXPECT_NO_THROW(succeeded = RefreshConfigStore({}, {"/usr/lib/talvor/configmanager/upgrade/lib/missing.so"}));
+    EXPECT_FALSE(succeeded);
+    EXPECT_THAT(Host().EventIds(), IsEmpty());
 }
 
 TEST_F(SchemaProcessorTest, ARefreshFailsWithAModuleThatFails)
