@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -208,14 +209,21 @@ bool MayPersist(const std::string& path, const ClassSets& declared, const PathSe
            PassesTardiskTest(path, permittedTardisks);
 }
 
-/// Replaces the list at @p listPath. @return false when it cannot be opened.
-bool WriteList(const char* listPath, const std::vector<std::string>& files)
+/// Replaces the list at @p listPath. A write that fails is logged. @return false when the list cannot be opened.
+bool WriteList(const std::string& listPath, const std::vector<std::string>& files)
 {
+    (void)HostMakeFolders(std::filesystem::path(listPath).parent_path().string());  // opening shows whether they stand
     std::ofstream list(HostPath(listPath), std::ios::trunc);
+    if (!list.is_open()) {
+        return false;
+    }
     for (const std::string& file : files) {
         list << file << "\n";
     }
-    return list.is_open();
+    if (!list.flush()) {
+        CSLogger::Log(CSLogger::ERROR, "Failed to write %s", listPath.c_str());
+    }
+    return true;
 }
 }  // namespace
 

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <filesystem>
 #include <stdexcept>
 
@@ -18,6 +21,29 @@ namespace
 const char* const BACKUP_LIST = "/var/run/talvor/files/backup-list";
 const char* const SKIP_LIST = "/var/run/talvor/files/skip-backup-list";
 const char* const NON_SCHEMA_LIST = "/var/run/nonSchemaFiles";
+
+/// While this exists, no file of the process grows beyond a size: a disk that is full.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit before_ = {};
+    void (*handler_)(int);
+};
 }  // namespace
 
 /// A host with a "net" package that lets its files persist and a "lock" package that restricts them.
@@ -66,6 +92,14 @@ protected:
     static std::vector<std::string> Filter(const std::vector<std::string>& files)
     {
         return NimbConfigStore::FilterStickyBitFiles(files);
+    }
+
+    /// What the system log says beside the reading of the image.
+    std::vector<std::string> Errors()
+    {
+        std::vector<std::string> lines = Host().Syslog();
+        std::erase_if(lines, [](const std::string& line) { return !line.starts_with("error "); });
+        return lines;
     }
 
 private:
@@ -166,9 +200,9 @@ TEST_F(PersistedFiles, AChangedFileOfABrevThatRestrictsStickyFilesIsRefused)
 {
     WithChangedFile("/etc/lock.conf", "lock.v00");
     EXPECT_THAT(Filter({"/etc/lock.conf"}), IsEmpty());
-    EXPECT_THAT(Host().Syslog(), Contains("error File /etc/lock.conf in tardisk lock.v00 does not belong to brev which "
-                                          "allows persistence of sticky bit files"));
-    EXPECT_EQ(Host().Syslog().back(), "error File /etc/lock.conf will not be persisted.");
+    EXPECT_THAT(Errors(), ElementsAre("error File /etc/lock.conf in tardisk lock.v00 does not belong to brev "
+                                      "which allows persistence of sticky bit files",
+                                      "error File /etc/lock.conf will not be persisted."));
     EXPECT_EQ(Host().ReadFile(SKIP_LIST), "/etc/lock.conf\n");
 }
 
@@ -176,7 +210,10 @@ TEST_F(PersistedFiles, AFileWithoutATardisksCopyIsRefused)
 {
     Host().WriteFile("/etc/new.conf", "x");
     EXPECT_THAT(Filter({"/etc/new.conf"}), IsEmpty());
-    EXPECT_THAT(Host().Syslog(), Contains("error File stat(/etc/new.conf) failed with error 2"));
+    EXPECT_THAT(Errors(),
+                ElementsAre("error File stat(/etc/new.conf) failed with error 2",
+                            "error File /etc/new.conf cannot be mapped to tardisk, hence it should not be persisted.",
+                            "error File /etc/new.conf will not be persisted."));
     EXPECT_EQ(Host().ReadFile(SKIP_LIST), "/etc/new.conf\n");
 }
 
@@ -195,7 +232,10 @@ TEST_F(PersistedFiles, AKernelOfAnotherInterfaceRefusesEveryUndeclaredFile)
     Host().WriteFile("/etc/talvor/platform/kernel.json",
                      R"({"interfaceVersion": 20, "tardisks": {"net.v00": ["/etc/net.conf"]}})");
     EXPECT_THAT(Filter({"/etc/net.conf"}), IsEmpty());
-    EXPECT_THAT(Host().Syslog(), Contains("error Failed to init zel"));
+    EXPECT_THAT(Errors(),
+                ElementsAre("error Failed to init zel",
+                            "error File /etc/net.conf cannot be mapped to tardisk, hence it should not be persisted.",
+                            "error File /etc/net.conf will not be persisted."));
 }
 
 TEST_F(PersistedFiles, AKernelThatTellsNothingRefusesEveryUndeclaredFile)
@@ -275,6 +315,26 @@ TEST_F(PersistedFiles, TrackedFilesReplaceTheListOfTheirType)
     NimbConfigStore::TrackFiles({"/etc/c"}, NimbConfigStore::FileType::NonSchema);
     EXPECT_EQ(Host().ReadFile(BACKUP_LIST), "/etc/b\n/etc/a\n");
     EXPECT_EQ(Host().ReadFile(NON_SCHEMA_LIST), "/etc/c\n");
+}
+
+TEST_F(PersistedFiles, TheFolderOfTheListsIsMadeWhenItIsMissing)
+{
+    Host().Remove("/var/run/talvor/files");
+    NimbConfigStore::TrackFiles({"/etc/a"}, NimbConfigStore::FileType::Backup);
+    EXPECT_EQ(Host().ReadFile(BACKUP_LIST), "/etc/a\n");
+    Host().Remove("/var/run/talvor/files");
+    EXPECT_THAT(Filter({"/etc/x"}), IsEmpty());
+    EXPECT_EQ(Host().ReadFile(SKIP_LIST), "/etc/x\n");
+}
+
+TEST_F(PersistedFiles, AListThatCannotBeWrittenWholeIsLoggedByName)
+{
+    Host().ClearLogs();
+    {
+        const FileSizeLimit limit(1 << 20);
+        NimbConfigStore::TrackFiles({std::string(2 << 20, 'x')}, NimbConfigStore::FileType::Backup);
+    }
+    EXPECT_THAT(Host().Log(), ElementsAre("error Failed to write " + std::string(BACKUP_LIST)));
 }
 
 TEST_F(PersistedFiles, TrackingNoFilesLeavesTheListAsItIs)
