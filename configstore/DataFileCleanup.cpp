@@ -48,7 +48,8 @@ std::string JoinNames(const std::set<std::string>& names)
 {
     std::string joined;
     for (const std::string& name : names) {
-        joined += (joined.empty() ? "" : "','") + name;
+        joined += joined.empty() ? "" : "','";
+        joined += name;
     }
     return joined;
 }
