@@ -35,7 +35,8 @@ bool File_Exists(const char* path);
 /// Copies a file as a whole: temporary file beside @p to, write, sync, rename, sync the folder.
 /// A file that is replaced passes its mode on, a new one has the mode of @p from; a link under the name @p to is
 /// replaced, not followed.
-/// @return 0, or the errno of the step that failed; nothing is then left under a temporary name.
+/// @return 0, or the errno of the step that failed; nothing is then left under a temporary name. A folder that
+/// cannot be synced after the rename is a warning in the log, no failure.
 int HostCopyFile(const std::string& from, const std::string& to);
 
 /// Replaces a file with @p content in the same way; a new one has mode 0644.
@@ -44,6 +45,10 @@ int HostReplaceFile(const std::string& path, const std::string& content);
 /// Opens a logical path, inside the root, with O_CLOEXEC added to @p flags; with O_CREAT in a folder that everyone may
 /// write to, O_NOFOLLOW too. -1 and errno on failure.
 int HostOpen(const std::string& path, int flags, mode_t mode = 0644);
+
+/// Opens a regular file for reading without ever waiting. -1 and errno on failure: EISDIR for a folder, EINVAL for
+/// a pipe, a device or a socket.
+int HostOpenRegular(const std::string& path);
 
 /// Creates a folder and its missing parents, but never the host root itself. 0, or an errno.
 int HostMakeFolders(const std::string& path);

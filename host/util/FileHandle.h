@@ -28,12 +28,17 @@ public:
 
     bool IsOpen() const { return descriptor_ >= 0; }
     int Get() const { return descriptor_; }
+    int Release() { return std::exchange(descriptor_, -1); }
 
     /// One write for the whole text when the system takes it whole, as it does for files. False and errno on failure.
     bool WriteAll(std::string_view text) const
     {
         while (!text.empty()) {
             const ssize_t written = write(descriptor_, text.data(), text.size());
+            if (written == 0) {
+                errno = EIO;  // nothing else tells why, and asking again would never end
+                return false;
+            }
             if (written < 0 && errno != EINTR) {
                 return false;
             }

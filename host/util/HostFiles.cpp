@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
+#include "CSLogger.h"
 #include "FileHandle.h"
 #include "HostUtil.h"
 
@@ -30,8 +32,8 @@ bool IsWorldWritable(const std::string& folder)
 class Replacement
 {
 public:
-    explicit Replacement(const std::string& target)
-        : target_(target), folder_(FolderOf(target)), name_(folder_ + "/.new-XXXXXX")
+    explicit Replacement(const std::string& path)
+        : path_(path), target_(HostPathNoFollow(path)), folder_(FolderOf(target_)), name_(folder_ + "/.new-XXXXXX")
     {
         file_ = FileHandle(mkostemp(name_.data(), O_CLOEXEC));
     }
@@ -55,17 +57,26 @@ public:
         if (lstat(target_.c_str(), &replaced) == 0 && S_ISREG(replaced.st_mode)) {
             mode = replaced.st_mode;
         }
-        return fchmod(file_.Get(), mode & 07777) == 0 && fsync(file_.Get()) == 0 &&
-               rename(name_.c_str(), target_.c_str()) == 0 && SyncFolder();
+        const bool taken = fchmod(file_.Get(), mode & 07777) == 0 && fsync(file_.Get()) == 0 &&
+                           rename(name_.c_str(), target_.c_str()) == 0;
+        if (taken) {
+            SyncFolder();
+        }
+        return taken;
     }
 
 private:
-    bool SyncFolder() const
+    // The file has been replaced already, whatever becomes of this: only a power cut could still undo it.
+    void SyncFolder() const
     {
         const FileHandle folder(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        return folder.IsOpen() && fsync(folder.Get()) == 0;
+        if (!folder.IsOpen() || fsync(folder.Get()) != 0) {
+            CSLogger::Log(CSLogger::WARNING, "%s is replaced but its folder is not synced: %s", path_.c_str(),
+                          std::strerror(errno));
+        }
     }
 
+    const std::string path_;  // the logical one
     const std::string target_;
     const std::string folder_;
     std::string name_;
@@ -78,15 +89,18 @@ bool CopyContent(const FileHandle& from, const FileHandle& to)
     ssize_t copied = 0;
     do {
         copied = sendfile(to.Get(), from.Get(), nullptr, CHUNK);
-    } while (copied > 0);
+    } while (copied > 0 || (copied < 0 && errno == EINTR));
     return copied == 0;
 }
 
-// Only a regular file has a content that ends; without O_NONBLOCK opening a pipe would wait for its other end.
 FileHandle OpenSource(const std::string& path, struct stat& status)
 {
+    // Without O_NONBLOCK opening a pipe would wait for its other end.
     FileHandle source(HostOpen(path, O_RDONLY | O_NONBLOCK));
-    if (source.IsOpen() && fstat(source.Get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    if (!source.IsOpen() || fstat(source.Get(), &status) != 0) {
+        return FileHandle();
+    }
+    if (!S_ISREG(status.st_mode)) {
         errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
         return FileHandle();
     }
@@ -101,14 +115,14 @@ int HostCopyFile(const std::string& from, const std::string& to)
     if (!source.IsOpen()) {
         return errno;
     }
-    Replacement copy(HostPathNoFollow(to));
+    Replacement copy(to);
     const bool done = copy.File().IsOpen() && CopyContent(source, copy.File()) && copy.TakePlace(status.st_mode);
     return done ? 0 : errno;
 }
 
 int HostReplaceFile(const std::string& path, const std::string& content)
 {
-    Replacement file(HostPathNoFollow(path));
+    Replacement file(path);
     const bool done = file.File().IsOpen() && file.File().WriteAll(content) && file.TakePlace(NEW_FILE_MODE);
     return done ? 0 : errno;
 }
@@ -120,6 +134,12 @@ int HostOpen(const std::string& path, int flags, mode_t mode)
         flags |= O_NOFOLLOW;
     }
     return open(((flags & O_NOFOLLOW) != 0 ? unfollowed : HostPath(path)).c_str(), flags | O_CLOEXEC, mode);
+}
+
+int HostOpenRegular(const std::string& path)
+{
+    struct stat status = {};
+    return OpenSource(path, status).Release();
 }
 
 int HostMakeFolders(const std::string& path)

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "CSLogger.h"
 #include "HostUtil.h"
 #include "TestHost.h"
 
@@ -72,6 +73,24 @@ private:
     struct rlimit before_ = {};
     sighandler_t handler_;
 };
+
+// No more than @p more files can be opened.
+class OpenFileLimit
+{
+public:
+    explicit OpenFileLimit(rlim_t more)
+    {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        close(next);
+        const struct rlimit limit = {static_cast<rlim_t>(next) + more, before_.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    ~OpenFileLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+private:
+    struct rlimit before_ = {};
+};
 }  // namespace
 
 TEST_F(HostFilesTest, ACopyHasTheContentAndTheModeOfItsSource)
@@ -133,6 +152,26 @@ TEST_F(HostFilesTest, AnInterruptedWriteLeavesTheOldFileAsItWas)
     EXPECT_THAT(Names("/data"), ElementsAre("from", "to"));
 }
 
+TEST_F(HostFilesTest, AFolderThatCannotBeSyncedIsAWarningBecauseTheFileIsReplaced)
+{
+    CSLogger::Log(CSLogger::INFO, "opens the log");
+    Host().WriteFile("/data/from", "content");
+    {
+        const OpenFileLimit limit(2);  // the source and the copy, but not their folder
+        EXPECT_EQ(HostCopyFile("/data/from", "/data/copy"), 0);
+    }
+    {
+        const OpenFileLimit limit(1);
+        EXPECT_EQ(HostReplaceFile("/data/from", "new"), 0);
+    }
+    EXPECT_EQ(Host().ReadFile("/data/copy"), "content");
+    EXPECT_EQ(Host().ReadFile("/data/from"), "new");
+    EXPECT_THAT(Names("/data"), ElementsAre("copy", "from"));
+    const std::string reason = " is replaced but its folder is not synced: Too many open files";
+    EXPECT_THAT(Host().Log(),
+                ElementsAre("info opens the log", "warning /data/copy" + reason, "warning /data/from" + reason));
+}
+
 TEST_F(HostFilesTest, ReplacingALinkLeavesItsTargetAlone)
 {
     Host().WriteFile("/etc/victim", "precious");
@@ -147,6 +186,21 @@ TEST_F(HostFilesTest, ACopyFromAPipeIsRefusedWithoutWaiting)
     ASSERT_EQ(mkfifo(Host().Real("/etc/pipe").c_str(), 0600), 0);
     EXPECT_EQ(HostCopyFile("/etc/pipe", "/etc/to"), EINVAL);
     EXPECT_FALSE(Host().Exists("/etc/to"));
+}
+
+TEST_F(HostFilesTest, OnlyARegularFileIsOpenedAsOne)
+{
+    Host().WriteFile("/etc/file", "text");
+    ASSERT_EQ(mkfifo(Host().Real("/etc/pipe").c_str(), 0600), 0);
+    const auto opening = [](const char* path) {
+        const int file = HostOpenRegular(path);
+        const int reason = errno;
+        return file >= 0 ? close(file) : reason;
+    };
+    EXPECT_EQ(opening("/etc/file"), 0);
+    EXPECT_EQ(opening("/etc/pipe"), EINVAL);
+    EXPECT_EQ(opening("/etc"), EISDIR);
+    EXPECT_EQ(opening("/etc/missing"), ENOENT);
 }
 
 TEST_F(HostFilesTest, CreatingInAWorldWritableFolderFollowsNoLink)
