@@ -61,14 +61,18 @@ std::string JsonLine(const Event& event)
     return line.GetString() + std::string("\n");
 }
 
-bool Append(const std::string& line)
+// 0, or the errno of the step that failed.
+int Append(const std::string& line)
 {
     const int flags = O_WRONLY | O_CREAT | O_APPEND;
     FileHandle file(HostOpen(EVENT_FILE, flags));
-    if (!file.IsOpen() && errno == ENOENT && HostMakeFolders(EVENT_FOLDER) == 0) {
+    if (!file.IsOpen() && errno == ENOENT) {
+        if (const int reason = HostMakeFolders(EVENT_FOLDER)) {
+            return reason;
+        }
         file = FileHandle(HostOpen(EVENT_FILE, flags));
     }
-    return file.IsOpen() && file.WriteAll(line);
+    return file.IsOpen() && file.WriteAll(line) ? 0 : errno;
 }
 
 bool Raise(const Event& event)
@@ -76,9 +80,9 @@ bool Raise(const Event& event)
     if (IsRealHost()) {
         HostSyslog(LOG_NOTICE, "%s: %s", event.id.empty() ? event.kind : event.id.c_str(), event.text.c_str());
     }
-    if (!Append(JsonLine(event))) {
+    if (const int reason = Append(JsonLine(event))) {
         CSLogger::Log(CSLogger::ERROR, "Cannot write %s \"%s\" to %s: %s", event.kind, event.text.c_str(), EVENT_FILE,
-                      std::strerror(errno));
+                      std::strerror(reason));
         return false;
     }
     return true;
