@@ -30,7 +30,8 @@ public:
     static void LogErrCode(log_priority priority, int code, ...);
 
     /// Starts copying every line to /var/log/talvor/NAME.log as well, which is begun anew.
-    /// Gives 0, and copies nothing, when the file cannot be opened.
+    /// It takes the place of an earlier logger of the same name. Gives 0, and changes nothing, when the file cannot
+    /// be opened.
     static FileLoggerHandle AddFileLogger(const char* name);
 
     /// Stops the copying that @p handle names; the file stays.

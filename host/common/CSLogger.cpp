@@ -31,13 +31,19 @@ public:
     void SetVerbose(bool verbose);
 
 private:
+    struct Copy
+    {
+        std::string name;
+        spdlog::sink_ptr sink;
+    };
+
     void FollowHostRoot();
 
     std::mutex mutex_;
     std::string root_;  // whose log file file_ is
     spdlog::sink_ptr file_;
     spdlog::sink_ptr standardError_;
-    std::map<CSLogger::FileLoggerHandle, spdlog::sink_ptr> copies_;
+    std::map<CSLogger::FileLoggerHandle, Copy> copies_;
     CSLogger::FileLoggerHandle lastHandle_ = 0;
 };
 
@@ -78,8 +84,8 @@ void StoreLog::Write(CSLogger::log_priority priority, const std::string& text)
             WriteLogLine(*sink, LevelOf(priority), text);
         }
     }
-    for (const auto& [handle, sink] : copies_) {
-        WriteLogLine(*sink, LevelOf(priority), text);
+    for (const auto& [handle, copy] : copies_) {
+        WriteLogLine(*copy.sink, LevelOf(priority), text);
     }
     if (IsRealHost()) {
         HostSyslog(SyslogLevelOf(priority), "%s", text.c_str());
@@ -89,11 +95,12 @@ void StoreLog::Write(CSLogger::log_priority priority, const std::string& text)
 CSLogger::FileLoggerHandle StoreLog::AddCopy(const std::string& name)
 {
     const std::lock_guard lock(mutex_);
-    spdlog::sink_ptr copy = OpenLogFile(LOG_FOLDER + name + ".log", LogFileMode::BeginAnew);
-    if (copy == nullptr) {
+    spdlog::sink_ptr sink = OpenLogFile(LOG_FOLDER + name + ".log", LogFileMode::BeginAnew);
+    if (sink == nullptr) {
         return 0;
     }
-    copies_.emplace(++lastHandle_, std::move(copy));
+    std::erase_if(copies_, [&name](const auto& copy) { return copy.second.name == name; });
+    copies_.emplace(++lastHandle_, Copy{name, std::move(sink)});
     return lastHandle_;
 }
 

@@ -109,6 +109,19 @@ TEST_F(CSLoggerTest, FileLoggersAreIndependent)
     EXPECT_THAT(Host().Syslog(), ElementsAre("info one"));
 }
 
+TEST_F(CSLoggerTest, AFileLoggerReplacesTheOneOfTheSameName)
+{
+    const CSLogger::FileLoggerHandle failed = CSLogger::AddFileLogger("configstore-boot");
+    CSLogger::Log(CSLogger::INFO, "first load");
+    const CSLogger::FileLoggerHandle boot = CSLogger::AddFileLogger("configstore-boot");
+    EXPECT_NE(boot, failed);
+    CSLogger::RemoveFileLogger(failed);
+    CSLogger::Log(CSLogger::INFO, "second load");
+    CSLogger::RemoveFileLogger(boot);
+    CSLogger::Log(CSLogger::INFO, "after");
+    EXPECT_THAT(Host().BootLog(), ElementsAre("info second load"));
+}
+
 TEST_F(CSLoggerTest, ALogThatCannotBeOpenedIsSkippedAndTriedAgain)
 {
     Host().MakeFolder(LOG_FILE);
