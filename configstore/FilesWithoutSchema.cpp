@@ -5,6 +5,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <unordered_set>
 #include <vector>
 
@@ -20,7 +21,12 @@ namespace
 {
 std::vector<std::string> ReadWords(const char* path)
 {
-    std::ifstream file(HostPath(path));
+    const std::string realPath = HostPath(path);
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(realPath, ignored)) {  // opening a pipe would wait for its other end
+        throw std::runtime_error(std::string(path) + " is not a regular file");
+    }
+    std::ifstream file(realPath);
     std::vector<std::string> words;
     for (std::string word; file >> word;) {
         words.push_back(word);

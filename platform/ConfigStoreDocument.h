@@ -26,7 +26,7 @@ void SerializeValue(const NimbConfigStore::JsonValue& value, std::string& out);
 bool ParseText(std::string_view text, NimbConfigStore::JsonDocument& document, std::string* reason = nullptr);
 
 /// The same for the file with the logical path @p path, read through one fixed buffer. A file that cannot be
-/// opened or read is refused like an empty one.
+/// opened or read is refused like an empty one, and so is, without waiting, a pipe or a device in its place.
 bool ParseFile(const std::string& path, NimbConfigStore::JsonDocument& document, std::string* reason = nullptr);
 }  // namespace ConfigStoreDocument
 

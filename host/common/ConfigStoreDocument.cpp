@@ -7,6 +7,8 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -94,12 +96,24 @@ bool Accepted(const rapidjson::ParseResult& result, std::string* reason)
 bool Refuse(int error, std::string* reason)
 {
     if (reason != nullptr) {
-        *reason = std::strerror(error);
+        *reason = error == EINVAL ? "Not a regular file" : std::strerror(error);
     }
     return false;
 }
 
 using FilePtr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+// Null and errno on failure, EINVAL for what is neither a file nor a folder.
+FilePtr OpenForReading(const std::string& path)
+{
+    const int descriptor = HostOpenRegular(path);
+    FilePtr file(descriptor < 0 ? nullptr : fdopen(descriptor, "rb"), std::fclose);
+    if (descriptor >= 0 && file == nullptr) {
+        close(descriptor);
+        errno = ENOMEM;
+    }
+    return file;
+}
 }  // namespace
 
 namespace ConfigStoreDocument
@@ -127,7 +141,7 @@ bool ParseText(std::string_view text, JsonDocument& document, std::string* reaso
 bool ParseFile(const std::string& path, JsonDocument& document, std::string* reason)
 {
     document.SetNull();
-    const FilePtr file(std::fopen(HostPath(path).c_str(), "rbe"), std::fclose);
+    const FilePtr file = OpenForReading(path);
     if (file == nullptr) {
         return Refuse(errno, reason);
     }

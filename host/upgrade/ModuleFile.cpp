@@ -3,7 +3,9 @@
 #include <link.h>
 
 #include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 
 namespace
 {
@@ -23,6 +25,10 @@ bool Holds(std::uint64_t fileSize, const ElfW(Phdr) & segment)
 
 bool IsWholeModule(const std::string& realPath)
 {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(realPath, ignored)) {  // opening a pipe would wait for its other end
+        return false;
+    }
     std::ifstream file(realPath, std::ios::binary | std::ios::ate);
     const std::streamoff size = file.tellg();
     ElfW(Ehdr) header = {};

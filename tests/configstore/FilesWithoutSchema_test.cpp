@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -78,13 +79,19 @@ TEST_F(FilesWithoutSchemaTest, AWordThatClimbsStopsAtTheHostRoot)
     EXPECT_TRUE(Host().Exists("/etc/talvor"));
 }
 
-TEST_F(FilesWithoutSchemaTest, AListThatCannotBeReadIsNamedAndNothingIsRemoved)
+TEST_F(FilesWithoutSchemaTest, AFolderOrAPipeInPlaceOfTheListIsNamedAndNotRead)
 {
     DeclareFile("/etc/declared.conf");
     Host().MakeFolder(LIST);
     Host().ClearLogs();
     NimbConfigStore::RemoveFilesWithoutSchema();
-    EXPECT_THAT(Host().Log(), ElementsAre("error Failed to get file schemas: cannot read /var/run/nonSchemaFiles"));
+    Host().Remove(LIST);
+    ASSERT_EQ(mkfifo(Host().Real(LIST).c_str(), 0600), 0);
+    NimbConfigStore::RemoveFilesWithoutSchema();
+    EXPECT_THAT(Host().Log(), ElementsAre("error Failed to get file schemas: /var/run/nonSchemaFiles is not a regular "
+                                          "file",
+                                          "error Failed to get file schemas: /var/run/nonSchemaFiles is not a regular "
+                                          "file"));
 }
 
 TEST_F(FilesWithoutSchemaTest, WithoutSchemasNothingIsRemoved)

@@ -1,6 +1,7 @@
 #include "ConfigStoreDocument.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -122,6 +123,8 @@ TEST_F(ConfigStoreDocumentTest, AFileLongerThanTheReadBufferIsParsedWhole)
 TEST_F(ConfigStoreDocumentTest, AFileThatCannotBeReadIsRefusedWithTheReason)
 {
     std::filesystem::create_symlink("/etc/loop.json", Host().Real("/etc/loop.json"));
+    ASSERT_EQ(mkfifo(Host().Real("/etc/pipe.json").c_str(), 0600), 0);
+    EXPECT_EQ(FileRefusal("/etc/pipe.json"), "Not a regular file");
     EXPECT_EQ(FileRefusal("/etc/missing.json"), "No such file or directory");
     EXPECT_EQ(FileRefusal("/etc/talvor"), "Is a directory");
     EXPECT_EQ(FileRefusal("/etc/loop.json"), "Not a directory");

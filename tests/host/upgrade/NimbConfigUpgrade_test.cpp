@@ -1,6 +1,7 @@
 #include "NimbConfigUpgrade.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -123,6 +124,13 @@ TEST_F(NimbConfigUpgradeTest, WhatIsNoModuleIsAFailure)
               1);
     EXPECT_THAT(Host().Events(),
                 ElementsAre(Error("text.so"), Error("folder.so"), Error("missing.so"), Error(""), Error("libc.so.6")));
+}
+
+TEST_F(NimbConfigUpgradeTest, APipeInPlaceOfAModuleIsNotWaitedFor)
+{
+    ASSERT_EQ(mkfifo(Host().Real(FOLDER + "pipe.so").c_str(), 0600), 0);
+    EXPECT_EQ(ExecuteBootTimeModules({FOLDER + "pipe.so"}, false), 1);
+    EXPECT_THAT(Host().Events(), ElementsAre(Error("pipe.so")));
 }
 
 TEST_F(NimbConfigUpgradeTest, AModuleBehindAnAbsoluteLinkIsFoundInsideTheRoot)
