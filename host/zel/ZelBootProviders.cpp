@@ -128,13 +128,16 @@ ORV_ReturnStatus GetBootFileSystemUuid(const ZEL_ParamList&, std::string& data)
         return GiveFact("bootFsUUID", data);
     }
     const std::optional<std::string> mounts = ReadKernelText("/proc/self/mountinfo");
+    if (!mounts) {
+        return ORV_FAILURE;
+    }
     // A boot file system of its own goes before the one that everything else is on.
     for (const char* mountPoint : {"/boot", "/"}) {
-        const std::string source = mounts ? MountSourceOf(*mounts, mountPoint) : "";
+        const std::string source = MountSourceOf(*mounts, mountPoint);
         data = source.starts_with("/dev/") ? UuidOfDevice(source) : "";
         if (!data.empty()) {
-            return ORV_OK;
+            break;
         }
     }
-    return ORV_NOT_FOUND;
+    return ORV_OK;  // without a UUID it is the empty text, with which the host boots as from a changed bank
 }
