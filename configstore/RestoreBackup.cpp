@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -40,15 +41,31 @@ void RemoveStaleConfigStore()
         if (const int reason = RemoveQuietly(CURRENT_STORE_FILE)) {
             CSLogger::Log(CSLogger::ERROR, "Cannot remove %s: %s", CURRENT_STORE_FILE, strerror(reason));
             CSLogger::Log(CSLogger::ERROR, "Error removing sticky ConfigStore file");
+            return;  // a store that stays needs its journals
         }
     }
     RemoveJournals(CURRENT_STORE_FILE);
 }
 
+// Until the copy is whole the store may have to stay in service, and then needs the journals beside it.
+int ReplaceStore(const std::string& backup, const std::string& store)
+{
+    const std::string restored = store + ".restored";
+    if (const int reason = HostCopyFile(backup, restored)) {
+        return reason;
+    }
+    RemoveJournals(store);
+    if (rename(HostPathNoFollow(restored).c_str(), HostPathNoFollow(store).c_str()) != 0) {
+        const int reason = errno;
+        (void)RemoveQuietly(restored);  // the next restore replaces one that stays
+        return reason;
+    }
+    return 0;
+}
+
 bool CopyStore(const std::string& backup, const char* store)
 {
-    RemoveJournals(store);
-    const int reason = HostCopyFile(backup, store);
+    const int reason = ReplaceStore(backup, store);
     if (reason != 0) {
         CSLogger::Log(CSLogger::ERROR, "Cannot copy %s to %s: %s", backup.c_str(), store, strerror(reason));
     }

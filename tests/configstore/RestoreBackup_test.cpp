@@ -141,6 +141,15 @@ TEST_F(RestoreBackupTest, AnInconsistentBackupStartsANewStoreAndIsReported)
     EXPECT_THAT(Host().Events()[0].args, ElementsAre(BACKUP));
 }
 
+TEST_F(RestoreBackupTest, AnInconsistentBackupIsNotMadeUpForByTheFirstBootBackup)
+{
+    WithStore(FIRSTBOOT_BACKUP, "first boot");
+    Host().WriteFile(BACKUP, "no database");
+    EXPECT_EQ(Restore(), 1);
+    EXPECT_EQ(Text(), "");
+    EXPECT_EQ(BootMode(), "2");
+}
+
 TEST_F(RestoreBackupTest, ABackupThatLeadsNowhereDoesNotExist)
 {
     WithStore(FIRSTBOOT_BACKUP, "first boot");
@@ -156,6 +165,7 @@ TEST_F(RestoreBackupTest, AStoreThatCannotBeReplacedIsReported)
     Host().WriteFile(STORE + std::string("/full"), "");
     Host().ClearLogs();
     EXPECT_EQ(ThrownBy([] { RestoreFromBackup(true); }), "2000 Failed to connect to database");
+    EXPECT_FALSE(Host().Exists(STORE + std::string(".restored")));
     EXPECT_THAT(Host().Log(), Contains("error Error removing sticky ConfigStore file"));
     EXPECT_THAT(Host().Log(), Contains(Line("error", "Cannot copy ConfigStore from backup [", BACKUP,
                                             "], creating new ConfigStore.")));
@@ -243,4 +253,37 @@ TEST_F(RestoreBackupTest, ADataFileStoreThatStaysIsRolledBackByItsJournal)
     EXPECT_EQ(Restore(), 1);
     EXPECT_EQ(DataFolder(), "committed");
     EXPECT_TRUE(DBStore::Check(DATAFILE_STORE));
+}
+
+TEST_F(RestoreBackupTest, ADataFileStoreWhoseBackupCannotBeCopiedIsRolledBackByItsJournal)
+{
+    WithDataFileBackup("committed");
+    Move(DATAFILE_BACKUP, "/etc/committed");
+    WithDataFileBackup("backup");
+    Move("/etc/committed", DATAFILE_STORE);
+    LosePowerWhileWriting(DATAFILE_STORE, "DataFileMetadata");
+    Host().WriteFile(DATAFILE_STORE + std::string(".restored/full"), "");
+    EXPECT_EQ(Restore(), 1);
+    EXPECT_EQ(DataFolder(), "committed");
+    EXPECT_TRUE(DBStore::Check(DATAFILE_STORE));
+    EXPECT_THAT(Host().EventIds(), ElementsAre("zub.user.cs.dfs.restore.error"));
+}
+
+TEST_F(RestoreBackupTest, ARestoredDataFileStoreDoesNotMeetTheJournalOfTheOneItReplaces)
+{
+    WithDataFileBackup("stale");
+    Move(DATAFILE_BACKUP, "/etc/stale");
+    WithDataFileBackup("backup");
+    Move("/etc/stale", DATAFILE_STORE);
+    LosePowerWhileWriting(DATAFILE_STORE, "DataFileMetadata");
+    Restore();
+    EXPECT_EQ(DataFolder(), "backup");
+    EXPECT_TRUE(DBStore::Check(DATAFILE_STORE));
+}
+
+TEST_F(RestoreBackupTest, AStoreThatCannotBeRemovedKeepsItsJournal)
+{
+    Host().WriteFile(STORE + std::string("/full"), "").WriteFile(STORE + std::string("-journal"), "pages");
+    EXPECT_EQ(ThrownBy([] { RestoreFromBackup(true); }), "2000 Failed to connect to database");
+    EXPECT_EQ(Host().ReadFile(STORE + std::string("-journal")), "pages");
 }
