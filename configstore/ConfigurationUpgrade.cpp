@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "CSLogger.h"
@@ -29,20 +30,32 @@ void CreateUpgradeMarker()
     }
 }
 
-// A host without the folder has no modules to run.
 std::vector<std::string> ListUpgradeModules()
 {
     std::vector<std::string> modules;
-    try {
-        for (const std::string& name : ListFolder(UPGRADE_MODULE_FOLDER)) {
-            if (std::filesystem::path(name).extension() == ".so") {
-                modules.push_back(std::string(UPGRADE_MODULE_FOLDER) + "/" + name);
-            }
+    for (const std::string& name : ListFolder(UPGRADE_MODULE_FOLDER)) {
+        if (std::filesystem::path(name).extension() == ".so") {
+            modules.push_back(std::string(UPGRADE_MODULE_FOLDER) + "/" + name);
         }
-    } catch (const std::filesystem::filesystem_error& failure) {
-        CSLogger::Log(CSLogger::WARNING, "No upgrade modules: %s", failure.what());
     }
     return modules;
+}
+
+// A host without the folder has no modules to run. From any other folder that cannot be listed none is run: a part of
+// them could leave the configuration half upgraded.
+bool RunUpgradeModules()
+{
+    std::vector<std::string> modules;
+    try {
+        modules = ListUpgradeModules();
+    } catch (const std::filesystem::filesystem_error& failure) {
+        if (failure.code() != std::errc::no_such_file_or_directory) {
+            CSLogger::Log(CSLogger::ERROR, "Upgrade modules not run: %s", failure.what());
+            return false;
+        }
+        CSLogger::Log(CSLogger::WARNING, "No upgrade modules: %s", failure.what());
+    }
+    return NimbConfigUpgrade::ExecuteBootTimeModules(modules, IsDebugUpgrade()) == 0;
 }
 }  // namespace
 
@@ -50,8 +63,7 @@ void UpgradeConfiguration()
 {
     CreateUpgradeMarker();
     CSLogger::Log(CSLogger::INFO, "Configuration upgrade started.");
-    const std::vector<std::string> modules = ListUpgradeModules();
-    if (NimbConfigUpgrade::ExecuteBootTimeModules(modules, IsDebugUpgrade()) == 0) {
+    if (RunUpgradeModules()) {
         CSLogger::Log(CSLogger::INFO, "Configuration upgrade completed successfully.");
     } else {
         CSLogger::Log(CSLogger::ERROR, "Configuration upgrade failed.");

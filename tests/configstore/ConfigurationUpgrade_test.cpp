@@ -88,6 +88,20 @@ TEST_F(ConfigurationUpgradeTest, AMissingModuleFolderIsNamedAndTheUpgradeGoesOn)
     EXPECT_EQ(Host().Log().back(), CLEANED);
 }
 
+TEST_F(ConfigurationUpgradeTest, AModuleFolderThatCannotBeListedFailsTheUpgradeAndTheCleanupRuns)
+{
+    Host().Remove(MODULES);
+    Host().WriteFile(MODULES, "no folder");
+    UpgradeConfiguration();
+    const std::string folder = MODULES;
+    EXPECT_THAT(
+        Host().Log(),
+        ElementsAre("info Configuration upgrade started.",
+                    "error Upgrade modules not run: filesystem error: cannot list: Not a directory [" + folder + "]",
+                    "error Configuration upgrade failed.", "info Cleanup config store",
+                    "info Cleanup config store completed", "info Cleanup data file store", CLEANED));
+}
+
 TEST_F(ConfigurationUpgradeTest, AnOldMarkerIsEmptied)
 {
     Host().WriteFile(MARKER, "old");
