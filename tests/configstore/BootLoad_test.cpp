@@ -35,7 +35,7 @@ protected:
         ASSERT_THAT(Host().Events(), Not(IsEmpty()));
         EXPECT_EQ(Host().Events().back().kind, "alert");
         EXPECT_EQ(Host().Events().back().text, "Generic ConfigStore Failure: " + reason);
-        EXPECT_THAT(Host().Syslog(), ElementsAre("error Generic ConfigStore Failure: " + reason));
+        EXPECT_THAT(Host().Syslog(), Contains("error Generic ConfigStore Failure: " + reason));
     }
 
     std::string Record() { return Host().KeyValue("BOOT_APPLY_RESULT"); }
@@ -216,6 +216,24 @@ TEST_F(BootLoadTest, WithoutKernelFactsTheLoadFails)
     Host().Remove("/etc/talvor/platform/kernel.json");
     ExpectFailedLoad(false, "Failed to get boot fs uuid.");
     EXPECT_THAT(Host().Log(), Contains(HasSubstr("/etc/talvor/platform/kernel.json")));
+}
+
+TEST_F(BootLoadTest, SchemasThatCannotBeProcessedAtAllEndTheLoad)
+{
+    Host().WithKernel({.bootFsUUID = OTHER_UUID});
+    Host().WriteFile("/var/db/nimbimg/profiles/profile", "<imageprofile>");
+    ExpectFailedLoad(false, "Failed to parse image profile.");
+    CSLogger::Log(CSLogger::INFO, "after the load");
+    EXPECT_EQ(Host().BootLog().back(), "info after the load");
+}
+
+TEST_F(BootLoadTest, ARecordThatCannotBeClearedEndsTheLoadAndLeavesItsLogOpen)
+{
+    Host().WriteFile("/var/run/nonSchemaFiles", std::string(STORE).substr(1));  // gone when the record is due
+    ExpectFailedLoad(false, "Failed to connect to database");
+    CSLogger::Log(CSLogger::INFO, "after the load");
+    EXPECT_THAT(Host().BootLog(), Contains("info LoadStore End."));
+    EXPECT_EQ(Host().BootLog().back(), "info after the load");
 }
 
 TEST_F(BootLoadTest, AutomaticConfigurationThatCannotBeClearedEndsTheLoad)

@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 
 #include "NimbConfigStore.h"
@@ -36,6 +41,50 @@ protected:
 
 class NoStoreTest : public HostTest
 {};
+
+// Another process in the middle of a write to a store, for as long as this exists.
+class LockingProcess
+{
+public:
+    explicit LockingProcess(const std::string& store)
+    {
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, channel_), 0);
+        process_ = fork();
+        if (process_ == 0) {
+            close(channel_[0]);
+            Hold(store, channel_[1]);
+        }
+        close(channel_[1]);
+        char word = 0;
+        locked_ = read(channel_[0], &word, 1) == 1;
+    }
+    ~LockingProcess()
+    {
+        close(channel_[0]);  // ends it
+        EXPECT_EQ(waitpid(process_, nullptr, 0), process_);
+    }
+    LockingProcess(const LockingProcess&) = delete;
+    LockingProcess& operator=(const LockingProcess&) = delete;
+
+    bool HoldsTheLock() const { return locked_; }
+
+private:
+    [[noreturn]] static void Hold(const std::string& store, int channel)
+    {
+        sqlite3* database = nullptr;
+        const bool locked = sqlite3_open(store.c_str(), &database) == SQLITE_OK &&
+                            sqlite3_exec(database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK;
+        char word = 'l';
+        if (locked && write(channel, &word, 1) == 1) {
+            (void)read(channel, &word, 1);  // until the other end is closed
+        }
+        _exit(0);
+    }
+
+    int channel_[2] = {-1, -1};
+    pid_t process_ = -1;
+    bool locked_ = false;
+};
 
 }  // namespace
 
@@ -128,6 +177,20 @@ TEST_F(BootStateTest, AStoreLockedByAnotherWriterKeepsItsBootModeAndTheLogSaysWh
     EXPECT_THAT(Host().Log(), Contains(HasSubstr("locked")));
 }
 
+TEST_F(BootStateTest, AStoreLockedByAnotherProcessKeepsItsBootModeAndTheLogSaysWhy)
+{
+    SetKey("BOOT_MODE", "3");
+    {
+        const LockingProcess other(Host().Real(DBStore::StorePath(DBStore::Type::ConfigStore)));
+        ASSERT_TRUE(other.HoldsTheLock());
+        SetBootMode(BOOTMODE_DESIRED_CONFIG);
+    }
+    EXPECT_EQ(Host().KeyValue("BOOT_MODE"), "3");
+    EXPECT_THAT(Host().Log(), Contains(HasSubstr("locked")));
+    SetBootMode(BOOTMODE_DESIRED_CONFIG);
+    EXPECT_EQ(Host().KeyValue("BOOT_MODE"), "1");
+}
+
 TEST_F(BootStateTest, AKeyThatCannotBeReadThrowsAndIsNamed)
 {
     const StoreFault fault(SQLITE_READ, "KeyValue");
@@ -181,6 +244,12 @@ TEST_F(BootStateTest, ANullLiveInstallTextWritesNothing)
     EXPECT_THAT(Host().Log(), ElementsAre("error Live install marker not set, since input status was not provided."));
 }
 
+TEST_F(NoStoreTest, ANullLiveInstallTextNeedsNoStore)
+{
+    EXPECT_EQ(SetLiveInstallBoot(nullptr), 1);
+    EXPECT_THAT(Host().Log(), ElementsAre("error Live install marker not set, since input status was not provided."));
+}
+
 TEST_F(BootStateTest, ALiveInstallMarkThatCannotBeWrittenIsReportedByItsResult)
 {
     const StoreFault fault(SQLITE_INSERT, "KeyValue");
@@ -213,6 +282,22 @@ TEST_F(BootStateTest, CleanupTakesALiveInstallMarkBack)
     EXPECT_EQ(Host().KeyValue("POST_LIVE_INSTALL_BOOT"), "false");
     EXPECT_THAT(Host().Log(), ElementsAre("info Setting BOOT_FS_UUID to " + std::string(UUID) + ".",
                                           "info Setting POST_LIVE_INSTALL_BOOT back to false."));
+}
+
+TEST_F(BootStateTest, AKernelOfAnotherInterfaceVersionIsNotAskedUntilItIsTheRightOne)
+{
+    // In a process of its own: once the interface was found usable it is not checked again.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto answers = [this] {
+        Host().WriteFile("/etc/talvor/platform/kernel.json", R"({"interfaceVersion": 20})");
+        const bool refused = ThrownBy(CleanupBootState) == "2000 Failed to invoke ZEL_CheckSig" &&
+                             Host().KeyValue("BOOT_FS_UUID").empty();
+        Host().WithKernel({});
+        const bool accepted = ThrownBy(CleanupBootState) == "nothing" && Host().KeyValue("BOOT_FS_UUID") == UUID;
+        std::filesystem::remove_all(Host().Root());
+        std::_Exit(refused && accepted ? 0 : 1);
+    };
+    EXPECT_EXIT(answers(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(BootStateTest, InstallInfoIsKeptAsItIs)

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "NimbConfigStore.h"
+#include "StoreConnection.h"
 #include "StoreFault.h"
 #include "TestHost.h"
 #include "Thrown.h"
@@ -210,7 +211,12 @@ TEST_F(CleanupTest, AStatementThatFailsEndsItsHalf)
 
 TEST_F(CleanupTest, ACleanupLeavesNoSchemaStoreAttached)
 {
+    // Shared with the cleanup: what it left attached would outlive it and meet the next attachment.
+    const DBStore::ConnectionPtr configStore = GetDBConnection(DBStore::Type::ConfigStore, true);
+    const DBStore::ConnectionPtr dataFileStore = GetDBConnection(DBStore::Type::DataFileStore, true);
     CleanupStore(true);
     CleanupStore(false);
     EXPECT_THAT(Host().Log(), Not(Contains(HasSubstr("error"))));
+    EXPECT_EQ(DBStore::AttachSchemaStore(configStore), DBStore::SUCCESS);
+    EXPECT_EQ(DBStore::AttachSchemaStore(dataFileStore), DBStore::SUCCESS);
 }

@@ -110,10 +110,15 @@ TEST_F(StagedConfigurationTest, ModeFourAppliesChangesOfSingleObjects)
 TEST_F(StagedConfigurationTest, AnUnknownModeAppliesNothingButTheFold)
 {
     AddRow("network/dns", "", "{}");
+    AddRow("system/keyboard", "", R"({"layout": "us"})");
+    Host().Sql("UPDATE Config SET DesiredValue = '{\"layout\": \"de\"}' WHERE Name = 'keyboard'");
     StageRow("network/dns", "", R"({"hostname": "staged"})");
     Apply("7");
     EXPECT_EQ(UserValue("network/dns"), "{}");
-    EXPECT_EQ(Host().SqlValue("SELECT Success FROM Config"), "1");
+    EXPECT_EQ(UserValue("system/keyboard"), R"({"layout": "de"})");
+    EXPECT_THAT(Host().Sql("SELECT Name, DesiredValue, Success FROM Config ORDER BY Name"),
+                ElementsAre(Row{"dns", std::nullopt, "1"}, Row{"keyboard", std::nullopt, "0"}));
+    EXPECT_EQ(Host().KeyValue("BOOT_MODE"), "0");
     EXPECT_THAT(Host().Log(), ElementsAre("info Generating desired user config: BootMode = 7", SUCCESS));
 }
 
