@@ -75,7 +75,7 @@ bool CopyStore(const std::string& backup, const char* store)
 std::string ChooseConfigBackup()
 {
     for (const char* folder : {BACKUP_FOLDER, FIRSTBOOT_BACKUP_FOLDER}) {
-        const std::string backup = std::string(folder) + CURRENT_STORE_NAME;
+        std::string backup = std::string(folder) + CURRENT_STORE_NAME;
         if (FileExists(backup.c_str())) {
             return backup;
         }
