@@ -126,6 +126,6 @@ int main(int argc, char** argv)
     }
     benchmark::RunSpecifiedBenchmarks();
     PrintRatios();
-    host.reset();  // while the library's statics still stand
+    host.reset();  // while the library's own globals still stand
     return 0;
 }

@@ -25,8 +25,8 @@ struct SchemaObjectId
     auto operator<=>(const SchemaObjectId&) const = default;
 };
 
-/// One configuration object as its schema declares it. JSON is parsed on first use, by each look-up's object for itself,
-/// and what it answers by reference lives as long as that object. Not for sharing between threads.
+/// One configuration object as its schema declares it. JSON is parsed on first use, by each look-up's object for
+/// itself, and what it answers by reference lives as long as that object. Not for sharing between threads.
 class SchemaObject
 {
 public:
