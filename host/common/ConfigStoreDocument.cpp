@@ -22,7 +22,7 @@ using NimbConfigStore::JsonValue;
 
 namespace
 {
-constexpr std::size_t READ_BUFFER_BYTES = 64 * 1024;
+constexpr std::size_t READ_BUFFER_BYTES = 65536;
 
 // Passes the parser's events on to the document until the nesting gets too deep.
 class DepthLimit

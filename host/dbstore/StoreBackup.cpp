@@ -81,7 +81,7 @@ std::string CopyStore(Type type, const std::string& realPath)
     if (!copy.CreateLike(store)) {
         return SystemReason();
     }
-    const std::string reason = CopyPages(store, copy.Path());
+    std::string reason = CopyPages(store, copy.Path());
     if (!reason.empty()) {
         return reason;
     }
