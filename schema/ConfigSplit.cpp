@@ -89,10 +89,10 @@ std::map<std::string, JsonDocument> SplitConfig(const JsonValue& value, const Js
 {
     std::map<std::string, JsonDocument> parts;
     for (const char* className : CLASSES) {
-        JsonDocument part;
-        part.CopyFrom(value, part.GetAllocator());
-        if (ProcessConfig(part, schema, className)) {
-            parts.emplace(className, std::move(part));
+        const auto part = parts.try_emplace(className).first;
+        part->second.CopyFrom(value, part->second.GetAllocator());
+        if (!ProcessConfig(part->second, schema, className)) {
+            parts.erase(part);
         }
     }
     return parts;

@@ -66,6 +66,7 @@ bool ProcessSchemas(const std::vector<std::string>& schemaIds)
     return schemasProcessed && defaultsProcessed;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers were promised a call by value
 bool RefreshConfigStore(std::vector<std::string> schemaIds, std::vector<std::string> modules)
 {
     CSLogger::Log(CSLogger::INFO, "Refresh Config Store");
