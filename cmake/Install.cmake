@@ -12,5 +12,7 @@ endif()
 set_target_properties(configstorectl PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(FILES ${PUBLIC_HEADERS} DESTINATION ${INSTALL_HEADERS})
 
+# Relative to where the file itself lies, so that the installed tree can be moved.
+file(RELATIVE_PATH PKGCONFIG_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/packaging/configstorectl.pc.in ${PROJECT_BINARY_DIR}/configstorectl.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/configstorectl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
