@@ -11,6 +11,7 @@
 class CSLogger
 {
 public:
+    /// How much a line matters.
     enum log_priority : int
     {
         ERROR = 0,

@@ -13,8 +13,10 @@ namespace HostCtl::Lib
 class HostCtlException : public std::exception
 {
 public:
+    /// @param message  what failed, where and why.
     explicit HostCtlException(std::string message);
     ~HostCtlException() override;
+    /// The message.
     const char* what() const noexcept override;
 
 private:
@@ -45,8 +47,10 @@ enum CSErrorCodes : int
 class ConfigStoreException : public HostCtl::Lib::HostCtlException
 {
 public:
+    /// @param code  one of CSErrorCodes.
     ConfigStoreException(int code, const char* message);
     ~ConfigStoreException() override;
+    /// The code it was made with.
     int code() const noexcept { return code_; }
 
 private:
@@ -58,6 +62,7 @@ private:
 class InvalidArgumentException : public ConfigStoreException
 {
 public:
+    /// @param code  one of CSErrorCodes.
     InvalidArgumentException(int code, const char* message);
     ~InvalidArgumentException() override;
 };

@@ -7,6 +7,16 @@
 #include <string>
 #include <string_view>
 
+namespace DBStore
+{
+// Declared here, where visibility is what the build chooses: who holds a handle sees nothing of what is behind it.
+class StoreConnection;
+namespace internal
+{
+class Statement;
+}  // namespace internal
+}  // namespace DBStore
+
 #pragma GCC visibility push(default)
 
 /// The store databases. Opening a store never creates it; CreateDatabases alone does.
@@ -20,6 +30,7 @@
 /// carried across a fork or to another thread.
 namespace DBStore
 {
+/// A store, each a database of its own.
 enum class Type : int
 {
     ConfigStore = 0,
@@ -27,12 +38,11 @@ enum class Type : int
     DataFileStore = 2,
 };
 
-inline constexpr int SUCCESS = 0;
-inline constexpr int FAILURE = 1;
-inline constexpr int WAIT_LIMIT_MS = 3000;
+inline constexpr int SUCCESS = 0;           ///< result of a call that did it all
+inline constexpr int FAILURE = 1;           ///< result of a call that failed
+inline constexpr int WAIT_LIMIT_MS = 3000;  ///< the wait limit that the library uses
 
-class StoreConnection;
-using ConnectionPtr = std::shared_ptr<StoreConnection>;
+using ConnectionPtr = std::shared_ptr<StoreConnection>;  ///< the handle of a connection
 
 /// The logical path of a store's database file.
 const char* StorePath(Type type);
@@ -56,20 +66,28 @@ int CreateDatabases();
 /// written is ever seen under that name; durable on return).
 int Backup(Type type, const std::string& path);
 
+/// The same to the store's own place below another host root, the folder @p root of this machine; folders that are
+/// missing there are created. What a call does to a store can be tried on such a copy.
+int CopyToRoot(Type type, const std::string& root);
+
 /// Attaches the schema store under the schema name "ss"; fails, and creates nothing, when it is not there.
 /// Not possible inside a transaction.
 int AttachSchemaStore(const ConnectionPtr& connection);
+/// Takes it away again; not possible inside a transaction either.
 int DetachSchemaStore(const ConnectionPtr& connection);
 
 /// BEGIN IMMEDIATE: the write lock is held from here on. A second Begin on the same connection fails.
 int BeginTransaction(const ConnectionPtr& connection);
+/// Durable on success; after a failure the transaction may still be open, and is to be cancelled.
 int CommitTransaction(const ConnectionPtr& connection);
 /// Rolls back; with no transaction open it does nothing and succeeds.
 int CancelTransaction(const ConnectionPtr& connection);
 
 /// Key/value entries of the config store. An absent key reads as success with the empty text.
+/// @{
 int ReadKeyValue(const std::string& key, std::string* value, const ConnectionPtr& connection);
 int WriteKeyValue(const std::string& key, const std::string& value, const ConnectionPtr& connection);
+/// @}
 
 /// Called once per row. NULL columns are null pointers. A result other than 0 ends the statement as a failure.
 /// It may throw: the statement is reset and the exception passes to the caller.
@@ -78,11 +96,7 @@ using RowCallback = int (*)(void* context, int columns, char** values, char** na
 /// Runs one statement that takes no parameters and whose rows, if any, nobody wants.
 int Execute(const ConnectionPtr& connection, const char* sql, int waitLimitMs);
 
-namespace internal
-{
-class Statement;
-}  // namespace internal
-using StatementPtr = std::shared_ptr<internal::Statement>;
+using StatementPtr = std::shared_ptr<internal::Statement>;  ///< the handle of a prepared statement
 
 /// Runs a statement; a null statement (failed Prepare) or one with a failed Bind is a failure. Afterwards the
 /// statement has no bindings; it can be bound and run again.
@@ -97,9 +111,11 @@ StatementPtr Prepare(const ConnectionPtr& connection, const std::string& sql, in
 
 /// Binds parameter @p index (from 1). The text is not copied: it must live until the statement has run.
 /// False, after one log line, on failure; running the statement then fails as well. A null statement gives false.
+/// @{
 bool Bind(const StatementPtr& statement, int index, std::string_view text);
 bool Bind(const StatementPtr& statement, int index, std::int64_t number);
 bool BindNull(const StatementPtr& statement, int index);
+/// @}
 
 /// NULL when there is no text. A template, so that a plain text is no candidate for it.
 template <std::same_as<std::optional<std::string>> Text>

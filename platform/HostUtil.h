@@ -14,6 +14,7 @@
 /// stops at it. Nothing here caches, so the answers follow the file system.
 /// SetHostRoot is called before anything else, by one thread; an empty name throws std::filesystem::filesystem_error.
 void SetHostRoot(const std::string& root);
+/// The folder that stands for "/", as it was set.
 const std::string& HostRoot();
 
 /// True when the root is "/": the facts, the system log and the kernel are this machine's.
@@ -60,6 +61,13 @@ void HostSyslog(int priority, const char* format, ...) __attribute__((format(pri
 /// Starts argv[0] with the argument vector argv (null-terminated), without a shell. @return its process id, or -1
 /// with errno set. A program that cannot be executed is a failed start.
 pid_t HostSpawn(const char* const* argv);
+
+/// Mounts a file system at the logical folder @p point, like mount(2). A file-system type "quenfs" is a ramdisk, a
+/// tmpfs here; its @p data are seven fields parted by commas, of which the second is the size in MiB, the sixth the
+/// mode of the top folder in octal, and the last the name, which the mount table shows as its source. It is not mounted
+/// over another mount.
+/// @return 0, or an errno: EBUSY for a ramdisk at a mount point, EINVAL for data of another form.
+int HostMount(const char* source, const char* point, const char* type, unsigned long flags, const char* data);
 
 /// The host's switches, from /etc/talvor/platform/features.json; a missing file or member gives the default, a
 /// file that does not parse is logged and gives the defaults.

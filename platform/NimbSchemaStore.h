@@ -15,18 +15,20 @@ namespace NimbSchemaStore
 /// Names one configuration object.
 struct SchemaObjectId
 {
-    std::string component;
-    std::string group;
-    std::string name;
+    std::string component;  ///< whose configuration it is
+    std::string group;      ///< within the component
+    std::string name;       ///< the key, within the group
 
+    /// All three parts are needed to name an object.
     SchemaObjectId(std::string componentName, std::string groupName, std::string objectName);
     /// "component/group/name"
     std::string toString() const;
+    /// By component, then group, then name.
     auto operator<=>(const SchemaObjectId&) const = default;
 };
 
-/// One configuration object as its schema declares it. JSON is parsed on first use, by each look-up's object for
-/// itself, and what it answers by reference lives as long as that object. Not for sharing between threads.
+/// One configuration object as its schema declares it. JSON is parsed on first use, and what it answers by reference
+/// lives as long as the object. Not for sharing between threads.
 class SchemaObject
 {
 public:
@@ -38,7 +40,10 @@ public:
     /// The JSON Schema of one instance, with the store's marks (instanceId, vital, cached).
     virtual const NimbConfigStore::JsonValue& GetInstanceSchema() const = 0;
 
+    /// Its component, group and key.
     virtual const SchemaObjectId& GetId() const = 0;
+
+    /// The version that rows of the object carry.
     virtual const std::string& GetVersion() const = 0;
 
     /// True for an object whose value is an array of instances.
@@ -53,12 +58,15 @@ public:
     /// Instances that a whole desired document leaves alone.
     virtual const std::vector<std::string>& GetExcludedInstances() const = 0;
 
+    /// Instances that are users of installed solutions; their permissions outlive a whole desired document.
     virtual const std::vector<std::string>& GetSolutionUserInstances() const = 0;
 
     /// The file that an object of component "files" declares. Each query is false when the schema does not say.
+    /// @{
     virtual bool GetFileEnabled(bool& enabled) const = 0;
     virtual bool GetFilePersistence(std::string& persistence) const = 0;
     virtual bool GetFilePath(std::string& path) const = 0;
+    /// @}
 };
 using SchemaObjectPtr = std::shared_ptr<SchemaObject>;
 
@@ -101,8 +109,10 @@ public:
                                       const std::string& key) = 0;
 
     /// The objects of one kind, or of one component, in order of identity. @throws as GetCache.
+    /// @{
     virtual std::vector<SchemaObjectPtr> GetObjectsOfKind(int kind) = 0;
     virtual std::vector<SchemaObjectPtr> GetObjectsOfComponent(const std::string& component) = 0;
+    /// @}
 };
 using SchemaStorePtr = std::shared_ptr<SchemaStore>;
 

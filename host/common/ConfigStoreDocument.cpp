@@ -13,7 +13,6 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <vector>
 
 #include "HostUtil.h"
 
@@ -145,9 +144,9 @@ bool ParseFile(const std::string& path, JsonDocument& document, std::string* rea
     if (file == nullptr) {
         return Refuse(errno, reason);
     }
-    std::vector<char> buffer(READ_BUFFER_BYTES);
+    const auto buffer = std::make_unique_for_overwrite<char[]>(READ_BUFFER_BYTES);
     errno = 0;
-    rapidjson::FileReadStream stream(file.get(), buffer.data(), buffer.size());
+    rapidjson::FileReadStream stream(file.get(), buffer.get(), READ_BUFFER_BYTES);
     const rapidjson::ParseResult result = ParseStream(stream, document);
     if (std::ferror(file.get()) != 0) {
         document.SetNull();

@@ -6,6 +6,7 @@
 #include <spdlog/sinks/base_sink.h>
 
 #include <cerrno>
+#include <cstring>
 #include <memory>
 #include <mutex>
 
@@ -27,14 +28,37 @@ public:
 private:
     void sink_it_(const spdlog::details::log_msg& message) override
     {
-        spdlog::memory_buf_t line;
-        formatter_->format(message, line);
-        (void)file_.WriteAll({line.data(), line.size()});  // a full disk has no better place to be reported
+        if (!TellOfLostLines() || !Append(message)) {
+            reason_ = errno;
+            ++lost_;
+        }
     }
 
     void flush_() override {}
 
+    bool Append(const spdlog::details::log_msg& message)
+    {
+        spdlog::memory_buf_t line;
+        formatter_->format(message, line);
+        return file_.AppendAll({line.data(), line.size()});
+    }
+
+    // As soon as there is room for a line again.
+    bool TellOfLostLines()
+    {
+        if (lost_ != 0) {
+            const std::string text = fmt::format("{} log lines were lost: {}", lost_, std::strerror(reason_));
+            if (!Append({spdlog::string_view_t(), spdlog::level::warn, text})) {
+                return false;
+            }
+        }
+        lost_ = 0;
+        return true;
+    }
+
     const FileHandle file_;
+    int lost_ = 0;    // lines that could not be written
+    int reason_ = 0;  // of the last one
 };
 
 std::string OneLine(const std::string& text)

@@ -42,9 +42,13 @@ std::string JsonLine(const Event& event)
 {
     rapidjson::StringBuffer line;
     rapidjson::Writer<rapidjson::StringBuffer> writer(line);
-    const auto member = [&writer](const char* name, const std::string& value) {
+    const auto text = [&writer](const std::string& value) {
+        const std::string valid = ValidUtf8(value);
+        writer.String(valid.data(), static_cast<rapidjson::SizeType>(valid.size()));
+    };
+    const auto member = [&](const char* name, const std::string& value) {
         writer.Key(name);
-        writer.String(ValidUtf8(value).c_str());
+        text(value);
     };
     writer.StartObject();
     member("time", TimeNow());
@@ -54,7 +58,7 @@ std::string JsonLine(const Event& event)
     writer.Key("args");
     writer.StartArray();
     for (const std::string& argument : event.arguments) {
-        writer.String(ValidUtf8(argument).c_str());
+        text(argument);
     }
     writer.EndArray();
     writer.EndObject();
@@ -72,7 +76,7 @@ int Append(const std::string& line)
         }
         file = FileHandle(HostOpen(EVENT_FILE, flags));
     }
-    return file.IsOpen() && file.WriteAll(line) ? 0 : errno;
+    return file.IsOpen() && file.AppendAll(line) ? 0 : errno;
 }
 
 bool Raise(const Event& event)

@@ -120,13 +120,21 @@ bool StoreConnection::HasMoved() const
     return moved != 0;
 }
 
-StatementHandle StoreConnection::Take(const std::string& sql)
+void StoreConnection::SetWaitLimit(int milliseconds)
 {
-    auto idle = idle_.extract(sql);
-    return idle.empty() ? PrepareAnew(sql) : std::move(idle.mapped());
+    if (milliseconds != waitLimitMs_) {
+        sqlite3_busy_timeout(database_.get(), milliseconds);
+        waitLimitMs_ = milliseconds;
+    }
 }
 
-StatementHandle StoreConnection::PrepareAnew(const std::string& sql)
+PreparedStatement StoreConnection::Take(const std::string& sql)
+{
+    PreparedStatement idle = idle_.extract(sql);
+    return idle.empty() ? PrepareAnew(sql) : std::move(idle);
+}
+
+PreparedStatement StoreConnection::PrepareAnew(const std::string& sql)
 {
     sqlite3_stmt* prepared = nullptr;
     const char* rest = nullptr;
@@ -135,22 +143,22 @@ StatementHandle StoreConnection::PrepareAnew(const std::string& sql)
     StatementHandle statement(prepared);
     if (result != SQLITE_OK) {
         LogStatementFailure(sqlite3_errmsg(database_.get()), sql.c_str());
-        return nullptr;
+        return {};
     }
     if (!statement || !OnlySeparators(rest)) {
         LogStatementFailure("not one statement", sql.c_str());
-        return nullptr;
+        return {};
     }
-    return statement;
+    StatementMap made;
+    return made.extract(made.emplace(sql, std::move(statement)).first);
 }
 
-void StoreConnection::GiveBack(StatementHandle statement)
+void StoreConnection::GiveBack(PreparedStatement statement)
 {
-    sqlite3_reset(statement.get());
-    sqlite3_clear_bindings(statement.get());
-    const std::string_view text = sqlite3_sql(statement.get());
-    if (idle_.size() < MAX_IDLE_STATEMENTS && text.size() <= MAX_KEPT_TEXT) {
-        idle_.try_emplace(std::string(text), std::move(statement));
+    sqlite3_reset(statement.mapped().get());
+    sqlite3_clear_bindings(statement.mapped().get());
+    if (idle_.size() < MAX_IDLE_STATEMENTS && statement.key().size() <= MAX_KEPT_TEXT) {
+        idle_.insert(std::move(statement));
     }
 }
 

@@ -22,6 +22,10 @@ struct FinalizeStatement
 };
 using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
+/// Prepared statements by their text. One in use is a node of its own, which goes from map to user and back as it is.
+using StatementMap = std::unordered_map<std::string, StatementHandle>;
+using PreparedStatement = StatementMap::node_type;
+
 /// The settings that every connection has: no code from the file is trusted, the wait limit applies.
 void Configure(sqlite3* database);
 
@@ -44,22 +48,23 @@ public:
     StoreConnection& operator=(const StoreConnection&) = delete;
 
     sqlite3* Database() const { return database_.get(); }
-    void SetWaitLimit(int milliseconds) { sqlite3_busy_timeout(database_.get(), milliseconds); }
+    void SetWaitLimit(int milliseconds);
 
     /// True when the file was removed or replaced since it was opened.
     bool HasMoved() const;
 
-    /// A prepared statement, idle until now; null, after a log line, when the text does not prepare.
-    StatementHandle Take(const std::string& sql);
+    /// A prepared statement, idle until now; empty, after a log line, when the text does not prepare.
+    PreparedStatement Take(const std::string& sql);
 
     /// Keeps a statement that nobody uses any more for the next one who prepares its text.
-    void GiveBack(StatementHandle statement);
+    void GiveBack(PreparedStatement statement);
 
 private:
-    StatementHandle PrepareAnew(const std::string& sql);
+    PreparedStatement PrepareAnew(const std::string& sql);
 
     DatabaseHandle database_;
-    std::unordered_map<std::string, StatementHandle> idle_;  // destroyed, so finalised, before the database closes
+    int waitLimitMs_ = WAIT_LIMIT_MS;  // Configure sets it
+    StatementMap idle_;                // destroyed, so finalised, before the database closes
 };
 
 /// One line at priority 0; a very long statement is cut.

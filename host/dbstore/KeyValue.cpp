@@ -1,4 +1,4 @@
-#include "DBStore.h"
+#include "Statement.h"
 
 namespace DBStore
 {
@@ -7,12 +7,6 @@ namespace
 constexpr const char* READ_VALUE = "SELECT Value FROM KeyValue WHERE Key = ?";
 constexpr const char* WRITE_VALUE =
     "INSERT INTO KeyValue (Key, Value) VALUES (?1, ?2) ON CONFLICT (Key) DO UPDATE SET Value = excluded.Value";
-
-int TakeValue(void* context, int, char** values, char**)
-{
-    static_cast<std::string*>(context)->assign(values[0] != nullptr ? values[0] : "");
-    return 0;
-}
 }  // namespace
 
 int ReadKeyValue(const std::string& key, std::string* value, const ConnectionPtr& connection)
@@ -20,7 +14,7 @@ int ReadKeyValue(const std::string& key, std::string* value, const ConnectionPtr
     value->clear();
     const StatementPtr statement = internal::Prepare(connection, READ_VALUE, WAIT_LIMIT_MS);
     internal::Bind(statement, 1, std::string_view(key));
-    return ExecuteStmt(connection, statement, TakeValue, value, WAIT_LIMIT_MS);
+    return statement ? statement->RunForText(*value) : FAILURE;
 }
 
 int WriteKeyValue(const std::string& key, const std::string& value, const ConnectionPtr& connection)

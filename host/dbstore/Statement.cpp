@@ -1,7 +1,6 @@
 #include "Statement.h"
 
 #include <utility>
-#include <vector>
 
 namespace DBStore
 {
@@ -28,19 +27,19 @@ private:
 };
 }  // namespace
 
-Statement::Statement(ConnectionPtr connection, StatementHandle handle)
-    : connection_(std::move(connection)), handle_(std::move(handle))
+Statement::Statement(ConnectionPtr connection, PreparedStatement prepared)
+    : connection_(std::move(connection)), prepared_(std::move(prepared)), handle_(prepared_.mapped().get())
 {}
 
 Statement::~Statement()
 {
-    connection_->GiveBack(std::move(handle_));
+    connection_->GiveBack(std::move(prepared_));
 }
 
 bool Statement::Bound(int result)
 {
     if (result != SQLITE_OK) {
-        LogStatementFailure(sqlite3_errmsg(connection_->Database()), sqlite3_sql(handle_.get()));
+        LogStatementFailure(sqlite3_errmsg(connection_->Database()), sqlite3_sql(handle_));
         bindFailed_ = true;
     }
     return result == SQLITE_OK;
@@ -49,37 +48,52 @@ bool Statement::Bound(int result)
 bool Statement::BindText(int index, std::string_view text)
 {
     const char* start = text.data() != nullptr ? text.data() : "";  // a null pointer would bind NULL
-    return Bound(sqlite3_bind_text64(handle_.get(), index, start, text.size(), SQLITE_STATIC, SQLITE_UTF8));
+    return Bound(sqlite3_bind_text64(handle_, index, start, text.size(), SQLITE_STATIC, SQLITE_UTF8));
 }
 
 bool Statement::BindNumber(int index, std::int64_t number)
 {
-    return Bound(sqlite3_bind_int64(handle_.get(), index, number));
+    return Bound(sqlite3_bind_int64(handle_, index, number));
 }
 
 bool Statement::BindNothing(int index)
 {
-    return Bound(sqlite3_bind_null(handle_.get(), index));
+    return Bound(sqlite3_bind_null(handle_, index));
 }
 
 int Statement::Run(RowCallback callback, void* context)
 {
-    const ResetAfterwards reset(handle_.get(), bindFailed_);
+    const ResetAfterwards reset(handle_, bindFailed_);
     return bindFailed_ ? FAILURE : Step(callback, context);
+}
+
+int Statement::RunForText(std::string& text)
+{
+    const ResetAfterwards reset(handle_, bindFailed_);
+    const int result = bindFailed_ ? SQLITE_MISUSE : sqlite3_step(handle_);
+    if (result == SQLITE_ROW && sqlite3_column_type(handle_, 0) != SQLITE_NULL) {
+        const unsigned char* bytes = sqlite3_column_text(handle_, 0);
+        text.assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(sqlite3_column_bytes(handle_, 0)));
+    } else if (result != SQLITE_ROW && result != SQLITE_DONE) {
+        LogStatementFailure(sqlite3_errmsg(connection_->Database()), sqlite3_sql(handle_));
+        return FAILURE;
+    }
+    return SUCCESS;
 }
 
 int Statement::Step(RowCallback callback, void* context)
 {
-    int result = sqlite3_step(handle_.get());
+    int result = sqlite3_step(handle_);
+    names_.clear();  // they are the statement's own until it is prepared anew, which the first step may do
     while (result == SQLITE_ROW) {
         if (callback != nullptr && !HandOver(callback, context)) {
-            LogStatementFailure("ended by its caller", sqlite3_sql(handle_.get()));
+            LogStatementFailure("ended by its caller", sqlite3_sql(handle_));
             return FAILURE;
         }
-        result = sqlite3_step(handle_.get());
+        result = sqlite3_step(handle_);
     }
     if (result != SQLITE_DONE) {
-        LogStatementFailure(sqlite3_errmsg(connection_->Database()), sqlite3_sql(handle_.get()));
+        LogStatementFailure(sqlite3_errmsg(connection_->Database()), sqlite3_sql(handle_));
         return FAILURE;
     }
     return SUCCESS;
@@ -87,15 +101,16 @@ int Statement::Step(RowCallback callback, void* context)
 
 bool Statement::HandOver(RowCallback callback, void* context)
 {
-    const int columns = sqlite3_column_count(handle_.get());
-    std::vector<char*> values;
-    std::vector<char*> names;
-    for (int i = 0; i < columns; ++i) {
-        // The callback has the shape of sqlite3_exec's, which takes texts that are not const.
-        values.push_back(reinterpret_cast<char*>(const_cast<unsigned char*>(sqlite3_column_text(handle_.get(), i))));
-        names.push_back(const_cast<char*>(sqlite3_column_name(handle_.get(), i)));
+    // The callback has the shape of sqlite3_exec's, which takes texts that are not const.
+    const int columns = sqlite3_column_count(handle_);
+    for (int i = static_cast<int>(names_.size()); i < columns; ++i) {
+        names_.push_back(const_cast<char*>(sqlite3_column_name(handle_, i)));
     }
-    return callback(context, columns, values.data(), names.data()) == 0;
+    values_.clear();
+    for (int i = 0; i < columns; ++i) {
+        values_.push_back(reinterpret_cast<char*>(const_cast<unsigned char*>(sqlite3_column_text(handle_, i))));
+    }
+    return callback(context, columns, values_.data(), names_.data()) == 0;
 }
 
 StatementPtr Prepare(const ConnectionPtr& connection, const std::string& sql, int waitLimitMs)
@@ -104,8 +119,8 @@ StatementPtr Prepare(const ConnectionPtr& connection, const std::string& sql, in
         return nullptr;
     }
     connection->SetWaitLimit(waitLimitMs);
-    StatementHandle handle = connection->Take(sql);
-    return handle ? std::make_shared<Statement>(connection, std::move(handle)) : nullptr;
+    PreparedStatement prepared = connection->Take(sql);
+    return prepared ? std::make_shared<Statement>(connection, std::move(prepared)) : nullptr;
 }
 
 bool Bind(const StatementPtr& statement, int index, std::string_view text)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "Connection.h"
 
 namespace DBStore::internal
@@ -8,7 +10,7 @@ namespace DBStore::internal
 class Statement
 {
 public:
-    Statement(ConnectionPtr connection, StatementHandle handle);
+    Statement(ConnectionPtr connection, PreparedStatement prepared);
     ~Statement();
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
@@ -22,13 +24,20 @@ public:
     /// Runs to the end, then resets and clears the bindings, also when the callback throws.
     int Run(RowCallback callback, void* context);
 
+    /// Runs a statement of one column and takes the text of its first row whole, NULs included; without a row it
+    /// leaves @p text alone.
+    int RunForText(std::string& text);
+
 private:
     bool Bound(int result);
     int Step(RowCallback callback, void* context);
     bool HandOver(RowCallback callback, void* context);
 
     ConnectionPtr connection_;
-    StatementHandle handle_;
+    PreparedStatement prepared_;
+    sqlite3_stmt* const handle_;
     bool bindFailed_ = false;
+    std::vector<char*> values_;  ///< of the row handed over
+    std::vector<char*> names_;
 };
 }  // namespace DBStore::internal

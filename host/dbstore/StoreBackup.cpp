@@ -3,43 +3,23 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "CSLogger.h"
 #include "Connection.h"
-#include "FileHandle.h"
 #include "HostUtil.h"
+#include "UnfinishedFile.h"
 
 namespace DBStore
 {
 namespace
 {
-/// An unfinished copy beside the target; removed unless it took the target's place.
-class TemporaryCopy
+bool TakeAccessRights(const FileHandle& file, const std::string& original)
 {
-public:
-    explicit TemporaryCopy(std::string path) : path_(std::move(path)) {}
-    ~TemporaryCopy()
-    {
-        (void)unlink(path_.c_str());  // gone already after a success
-    }
-    TemporaryCopy(const TemporaryCopy&) = delete;
-    TemporaryCopy& operator=(const TemporaryCopy&) = delete;
-
-    const std::string& Path() const { return path_; }
-
-    /// Creates the empty file under a name that nobody else has, with the access rights of @p original.
-    bool CreateLike(const std::string& original)
-    {
-        struct stat info = {};
-        const FileHandle file(mkostemp(path_.data(), O_CLOEXEC));
-        return file.IsOpen() && stat(original.c_str(), &info) == 0 && fchmod(file.Get(), info.st_mode & 0777) == 0;
-    }
-
-private:
-    std::string path_;
-};
+    struct stat info = {};
+    return stat(original.c_str(), &info) == 0 && fchmod(file.Get(), info.st_mode & 0777) == 0;
+}
 
 std::string SystemReason()
 {
@@ -63,10 +43,10 @@ std::string CopyPages(const std::string& from, const std::string& to)
     return result == SQLITE_DONE ? "" : sqlite3_errstr(result);
 }
 
-bool SyncFile(const std::string& path, int flags)
+bool SyncFolder(const std::string& path)
 {
-    const FileHandle file(open(path.c_str(), flags | O_RDONLY | O_CLOEXEC));
-    return file.IsOpen() && fsync(file.Get()) == 0;
+    const FileHandle folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return folder.IsOpen() && fsync(folder.Get()) == 0;
 }
 
 std::string FolderOf(const std::string& path)
@@ -77,28 +57,39 @@ std::string FolderOf(const std::string& path)
 std::string CopyStore(Type type, const std::string& realPath)
 {
     const std::string store = HostPath(StorePath(type));
-    TemporaryCopy copy(realPath + ".XXXXXX");
-    if (!copy.CreateLike(store)) {
+    UnfinishedFile copy(FolderOf(realPath));
+    if (!copy.File().IsOpen() || !TakeAccessRights(copy.File(), store)) {
         return SystemReason();
     }
     std::string reason = CopyPages(store, copy.Path());
     if (!reason.empty()) {
         return reason;
     }
-    const bool replaced = SyncFile(copy.Path(), 0) && std::rename(copy.Path().c_str(), realPath.c_str()) == 0 &&
-                          SyncFile(FolderOf(realPath), O_DIRECTORY);
+    const bool replaced = fsync(copy.File().Get()) == 0 && copy.TakePlaceOf(realPath) && SyncFolder(FolderOf(realPath));
     return replaced ? "" : SystemReason();
 }
-}  // namespace
-
-int Backup(Type type, const std::string& path)
+/// The result of a copy; a failure is logged.
+int Told(Type type, const std::string& path, const std::string& reason)
 {
-    const std::string reason = CopyStore(type, HostPath(path));
     if (!reason.empty()) {
         CSLogger::Log(CSLogger::ERROR, "Cannot copy store database %s to %s: %s", StorePath(type), path.c_str(),
                       reason.c_str());
         return FAILURE;
     }
     return SUCCESS;
+}
+}  // namespace
+
+int Backup(Type type, const std::string& path)
+{
+    return Told(type, path, CopyStore(type, HostPath(path)));
+}
+
+int CopyToRoot(Type type, const std::string& root)
+{
+    const std::string path = root + StorePath(type);
+    std::error_code reason;
+    std::filesystem::create_directories(FolderOf(path), reason);
+    return Told(type, path, reason ? reason.message() : CopyStore(type, path));
 }
 }  // namespace DBStore

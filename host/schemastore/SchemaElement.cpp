@@ -1,9 +1,10 @@
 #include "SchemaElement.h"
 
 #include <algorithm>
+#include <bitset>
+#include <cstddef>
 #include <functional>
 #include <iterator>
-#include <set>
 #include <string_view>
 
 #include "ConfigStoreDocument.h"
@@ -12,6 +13,8 @@
 #include "JsonValidator.h"
 
 using NimbConfigStore::ConfigStoreException;
+using NimbConfigStore::JsonAllocator;
+using NimbConfigStore::JsonDocument;
 using NimbConfigStore::JsonValue;
 
 namespace NimbSchemaStore
@@ -114,10 +117,11 @@ public:
 
     void Run() const
     {
-        std::set<std::string_view> seen;
+        std::bitset<std::size(MEMBERS)> seen;
         for (const auto& member : element_.GetObject()) {
-            CheckMember(Text(member.name), member.value);
-            Require(seen.insert(Text(member.name)).second, Text(member.name), "stands twice");
+            const std::size_t rule = CheckMember(Text(member.name), member.value);
+            Require(!seen[rule], Text(member.name), "stands twice");
+            seen.set(rule);
         }
         CheckIdentity("component", id_.component);
         CheckIdentity("group", id_.group);
@@ -134,7 +138,8 @@ public:
     }
 
 private:
-    void CheckMember(std::string_view name, const JsonValue& value) const
+    /// @return the place of the member's rule.
+    std::size_t CheckMember(std::string_view name, const JsonValue& value) const
     {
         const auto rule = std::find_if(std::begin(MEMBERS), std::end(MEMBERS),
                                        [name](const MemberRule& one) { return one.name == name; });
@@ -142,6 +147,7 @@ private:
         if (!rule->holds(value)) {
             Refuse(name, std::string("expected ") + rule->expected + ", found " + JsonSchema::Described(value));
         }
+        return static_cast<std::size_t>(rule - std::begin(MEMBERS));
     }
 
     void CheckIdentity(const char* member, const std::string& expected) const
@@ -186,16 +192,17 @@ private:
         return member == element_.MemberEnd() ? nullptr : &member->value;
     }
 
-    void Require(bool holds, std::string_view member, const std::string& why) const
+    void Require(bool holds, std::string_view member, std::string_view why) const
     {
         if (!holds) {
             Refuse(member, why);
         }
     }
 
-    [[noreturn]] void Refuse(std::string_view member, const std::string& why) const
+    [[noreturn]] void Refuse(std::string_view member, std::string_view why) const
     {
-        std::string text = "Schema element " + id_.toString() + ": member " + JsonSchema::Quoted(member) + " " + why;
+        std::string text = "Schema element " + id_.toString() + ": member " + JsonSchema::Quoted(member) + " ";
+        text += why;
         std::replace(text.begin(), text.end(), '\0', ' ');  // a name may hold it, which would cut the text off
         throw ConfigStoreException(NimbConfigStore::CS_ERROR_OPERATION, text.c_str());
     }
@@ -219,15 +226,16 @@ void Read(const JsonValue& element, const char* member, int& value)
 
 SchemaElement ReadSchemaElement(const SchemaObjectId& id, const std::string& json, const std::string& version)
 {
-    SchemaElement element;
+    JsonAllocator allocator(2 * json.size() + 1024);  // one chunk of about the size needed
+    JsonDocument root(&allocator);
     std::string reason;
-    if (!ConfigStoreDocument::ParseText(json, element.document, &reason) || !element.document.IsObject()) {
+    if (!ConfigStoreDocument::ParseText(json, root, &reason) || !root.IsObject()) {
         throw ConfigStoreException(
             NimbConfigStore::CS_ERROR_OPERATION,
             ("Schema element " + id.toString() + " is no JSON object" + (reason.empty() ? "" : ": ") + reason).c_str());
     }
-    const JsonValue& root = element.document;
     ElementCheck(id, root).Run();
+    SchemaElement element;
     Read(root, "singleton", element.singleton);
     Read(root, "dspIntegrated", element.dspIntegrated);
     Read(root, "mutableDefaultConfig", element.mutableDefaultConfig);

@@ -10,7 +10,6 @@ namespace NimbSchemaStore
 /// One element of a schema file's "data", checked and read.
 struct SchemaElement
 {
-    NimbConfigStore::JsonDocument document;
     std::string version;
     std::string placement;  ///< "smartnic"."schema"; empty without one
     int schemaType = 0;

@@ -39,7 +39,7 @@ SchemaObjectPtr StoredSchemaCache::Get(const SchemaObjectId& id) const
 SchemaObjectPtr StoredSchemaCache::Find(const SchemaObjectId& id) const
 {
     const auto found = rows_.find(id);
-    return found != rows_.end() ? std::make_shared<StoredSchemaObject>(found->second) : nullptr;
+    return found != rows_.end() ? std::make_shared<StoredSchemaObject>(found->second, parsed_) : nullptr;
 }
 
 std::vector<SchemaObjectId> StoredSchemaCache::GetMutableDefaultConfigIds() const
@@ -67,7 +67,7 @@ std::vector<SchemaObjectPtr> StoredSchemaCache::OfKind(int kind) const
     std::vector<SchemaObjectPtr> found;
     for (const auto& entry : rows_) {
         if (entry.second->schemaType == kind) {
-            found.push_back(std::make_shared<StoredSchemaObject>(entry.second));
+            found.push_back(std::make_shared<StoredSchemaObject>(entry.second, parsed_));
         }
     }
     return found;
@@ -78,7 +78,7 @@ std::vector<SchemaObjectPtr> StoredSchemaCache::OfComponent(const std::string& c
     std::vector<SchemaObjectPtr> found;
     for (auto entry = rows_.lower_bound({component, "", ""});
          entry != rows_.end() && entry->first.component == component; ++entry) {
-        found.push_back(std::make_shared<StoredSchemaObject>(entry->second));
+        found.push_back(std::make_shared<StoredSchemaObject>(entry->second, parsed_));
     }
     return found;
 }

@@ -28,5 +28,6 @@ private:
     static int TakeRow(void* cache, int columns, char** values, char** names);
 
     std::map<SchemaObjectId, std::shared_ptr<const SchemaRow>> rows_;
+    std::shared_ptr<ParsedSchemas> parsed_ = std::make_shared<ParsedSchemas>();
 };
 }  // namespace NimbSchemaStore

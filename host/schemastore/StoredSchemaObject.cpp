@@ -12,13 +12,15 @@ namespace NimbSchemaStore
 {
 namespace
 {
+constexpr std::size_t MAX_KEPT = 256;
+
 const JsonValue& AnyValue()
 {
     static const JsonValue schema(rapidjson::kObjectType);
     return schema;
 }
 
-const JsonValue* FindObject(const JsonValue& object, const char* name)
+JsonValue* FindObject(JsonValue& object, const char* name)
 {
     const auto member = object.FindMember(name);
     return member != object.MemberEnd() && member->value.IsObject() ? &member->value : nullptr;
@@ -35,43 +37,69 @@ std::vector<std::string> TextsOf(const JsonValue& object, const char* name)
     return texts;
 }
 
-JsonValue ArrayOf(const JsonValue& instanceSchema, JsonAllocator& allocator)
+JsonValue ArrayOf(JsonValue instanceSchema, JsonAllocator& allocator)
 {
     JsonValue schema(rapidjson::kObjectType);
     schema.AddMember("type", "array", allocator);
-    schema.AddMember("items", JsonSchema::CopyToPlace(instanceSchema, {"items"}, allocator), allocator);
+    schema.AddMember("items", instanceSchema, allocator);
     return schema;
 }
-}  // namespace
 
-const StoredSchemaObject::Content& StoredSchemaObject::Parsed() const
+SchemaContentPtr Parse(const SchemaRow& row)
 {
-    if (content_ == nullptr) {
-        content_ = Parse();
-    }
-    return *content_;
-}
-
-std::unique_ptr<StoredSchemaObject::Content> StoredSchemaObject::Parse() const
-{
-    auto content = std::make_unique<Content>();
+    auto content = std::make_shared<SchemaContent>(row.json.size());
     std::string reason;
-    if (!ConfigStoreDocument::ParseText(row_->json, content->document, &reason) || !content->document.IsObject()) {
+    if (!ConfigStoreDocument::ParseText(row.json, content->document, &reason) || !content->document.IsObject()) {
         throw NimbConfigStore::ConfigStoreException(
             NimbConfigStore::CS_ERROR_OPERATION,
-            ("The schema store's entry of " + row_->id.toString() + " is damaged: " + reason).c_str());
+            ("The schema store's entry of " + row.id.toString() + " is damaged: " + reason).c_str());
     }
-    const JsonValue& element = content->document;
-    const JsonValue* schema = FindObject(element, "schema");
+    JsonValue& element = content->document;
+    JsonValue* schema = FindObject(element, "schema");
     content->instanceSchema = schema != nullptr ? schema : &AnyValue();  // a file may come without a schema
     content->file = FindObject(element, "file");
     content->instanceIdProperty = InstanceIdPropertyOf(*content->instanceSchema);
     content->excludedInstances = TextsOf(element, "excludedInstances");
     content->solutionUserInstances = TextsOf(element, "solutionUserInstances");
-    if (IsMultiInstance()) {
-        content->arraySchema = ArrayOf(*content->instanceSchema, content->document.GetAllocator());
+    if (!row.singleton) {
+        // References lead elsewhere from inside the array's schema; without any, the instance's may as well be moved.
+        const bool isMoved = schema != nullptr && !JsonSchema::MentionsReference(*schema);
+        JsonAllocator& allocator = content->allocator;
+        content->arraySchema = ArrayOf(
+            isMoved ? std::move(*schema) : JsonSchema::CopyToPlace(*content->instanceSchema, {"items"}, allocator),
+            allocator);
+        content->instanceSchema = isMoved ? &content->arraySchema["items"] : content->instanceSchema;
     }
     return content;
+}
+}  // namespace
+
+SchemaContentPtr ParsedSchemas::Of(const SchemaRow& row)
+{
+    SchemaContentPtr content = Find(row);
+    if (content == nullptr) {
+        content = Parse(row);
+        const std::lock_guard lock(mutex_);
+        if (kept_.size() < MAX_KEPT) {
+            kept_.emplace(&row, content);
+        }
+    }
+    return content;
+}
+
+SchemaContentPtr ParsedSchemas::Find(const SchemaRow& row)
+{
+    const std::lock_guard lock(mutex_);
+    const auto found = kept_.find(&row);
+    return found != kept_.end() ? found->second : nullptr;
+}
+
+const SchemaContent& StoredSchemaObject::Parsed() const
+{
+    if (content_ == nullptr) {
+        content_ = parsed_->Of(*row_);
+    }
+    return *content_;
 }
 
 const JsonValue& StoredSchemaObject::GetSchema() const

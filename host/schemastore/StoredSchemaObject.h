@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -20,11 +22,44 @@ struct SchemaRow
     std::string json;  ///< the element, as the schema file gave it
 };
 
-/// One look-up's view of a row: what it parses goes with it, so that reading every schema does not hold them all.
+/// What a row's JSON text says. Never changed once it is made.
+struct SchemaContent
+{
+    explicit SchemaContent(std::size_t textBytes) : allocator(2 * textBytes + 1024), document(&allocator) {}
+
+    NimbConfigStore::JsonAllocator allocator;  ///< one chunk of about the size needed
+    NimbConfigStore::JsonDocument document;
+    NimbConfigStore::JsonValue arraySchema;  ///< of an object of many instances
+    const NimbConfigStore::JsonValue* instanceSchema;
+    const NimbConfigStore::JsonValue* file;
+    std::string instanceIdProperty;
+    std::vector<std::string> excludedInstances;
+    std::vector<std::string> solutionUserInstances;
+};
+using SchemaContentPtr = std::shared_ptr<const SchemaContent>;
+
+/// What has been parsed of a cache's rows, kept for later look-ups as long as it is little: validating document after
+/// document parses no schema twice, and reading every schema does not hold them all. For use by several threads.
+class ParsedSchemas
+{
+public:
+    /// Parses the row unless that was done. @throws ConfigStoreException 2000 for a damaged row.
+    SchemaContentPtr Of(const SchemaRow& row);
+
+private:
+    SchemaContentPtr Find(const SchemaRow& row);
+
+    std::mutex mutex_;
+    std::unordered_map<const SchemaRow*, SchemaContentPtr> kept_;
+};
+
+/// One look-up's view of a row, parsed when the object is first asked for what only the text says.
 class StoredSchemaObject final : public SchemaObject
 {
 public:
-    explicit StoredSchemaObject(std::shared_ptr<const SchemaRow> row) : row_(std::move(row)) {}
+    StoredSchemaObject(std::shared_ptr<const SchemaRow> row, std::shared_ptr<ParsedSchemas> parsed)
+        : row_(std::move(row)), parsed_(std::move(parsed))
+    {}
 
     const NimbConfigStore::JsonValue& GetSchema() const override;
     const NimbConfigStore::JsonValue& GetInstanceSchema() const override;
@@ -40,22 +75,11 @@ public:
     bool GetFilePath(std::string& path) const override;
 
 private:
-    /// What the JSON text says, read on first use.
-    struct Content
-    {
-        NimbConfigStore::JsonDocument document;
-        NimbConfigStore::JsonValue arraySchema;  ///< of an object of many instances
-        const NimbConfigStore::JsonValue* instanceSchema;
-        const NimbConfigStore::JsonValue* file;
-        std::string instanceIdProperty;
-        std::vector<std::string> excludedInstances;
-        std::vector<std::string> solutionUserInstances;
-    };
-    const Content& Parsed() const;
-    std::unique_ptr<Content> Parse() const;
+    const SchemaContent& Parsed() const;
     bool GetFileText(const char* member, std::string& text) const;
 
     std::shared_ptr<const SchemaRow> row_;
-    mutable std::unique_ptr<Content> content_;
+    std::shared_ptr<ParsedSchemas> parsed_;
+    mutable SchemaContentPtr content_;
 };
 }  // namespace NimbSchemaStore

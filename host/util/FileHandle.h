@@ -31,22 +31,14 @@ public:
     int Release() { return std::exchange(descriptor_, -1); }
 
     /// One write for the whole text when the system takes it whole, as it does for files. False and errno on failure.
-    bool WriteAll(std::string_view text) const
-    {
-        while (!text.empty()) {
-            const ssize_t written = write(descriptor_, text.data(), text.size());
-            if (written == 0) {
-                errno = EIO;  // nothing else tells why, and asking again would never end
-                return false;
-            }
-            if (written < 0 && errno != EINTR) {
-                return false;
-            }
-            text.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
-        }
-        return true;
-    }
+    bool WriteAll(std::string_view text) const { return Write(text) == text.size(); }
+
+    /// The same at the end of a file opened for appending, which on failure does not keep a part of the text.
+    bool AppendAll(std::string_view text) const;
 
 private:
+    std::size_t Write(std::string_view text) const;
+    bool TakeBack(std::size_t written) const;
+
     int descriptor_;
 };

@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "CSLogger.h"
-#include "FileHandle.h"
 #include "HostUtil.h"
+#include "UnfinishedFile.h"
 
 namespace
 {
@@ -21,34 +21,15 @@ std::string FolderOf(const std::string& path)
     return slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
 }
 
-// Where anyone may plant a link under the name that is about to be created.
-bool IsWorldWritable(const std::string& folder)
-{
-    struct stat status;
-    return stat(folder.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0;
-}
-
-// A file without a name that anyone knows yet, beside the one that it is going to replace.
+// The new content of a file.
 class Replacement
 {
 public:
     explicit Replacement(const std::string& path)
-        : path_(path), target_(HostPathNoFollow(path)), folder_(FolderOf(target_)), name_(folder_ + "/.new-XXXXXX")
-    {
-        file_ = FileHandle(mkostemp(name_.data(), O_CLOEXEC));
-    }
+        : path_(path), target_(HostPathNoFollow(path)), folder_(FolderOf(target_)), file_(folder_)
+    {}
 
-    ~Replacement()
-    {
-        if (file_.IsOpen()) {
-            (void)unlink(name_.c_str());  // gone already when it took its place
-        }
-    }
-
-    Replacement(const Replacement&) = delete;
-    Replacement& operator=(const Replacement&) = delete;
-
-    const FileHandle& File() const { return file_; }
+    const FileHandle& File() const { return file_.File(); }
 
     // A file that is replaced passes its mode on.
     bool TakePlace(mode_t mode)
@@ -57,8 +38,8 @@ public:
         if (lstat(target_.c_str(), &replaced) == 0 && S_ISREG(replaced.st_mode)) {
             mode = replaced.st_mode;
         }
-        const bool taken = fchmod(file_.Get(), mode & 07777) == 0 && fsync(file_.Get()) == 0 &&
-                           rename(name_.c_str(), target_.c_str()) == 0;
+        const bool taken =
+            fchmod(File().Get(), mode & 07777) == 0 && fsync(File().Get()) == 0 && file_.TakePlaceOf(target_);
         if (taken) {
             SyncFolder();
         }
@@ -79,8 +60,7 @@ private:
     const std::string path_;  // the logical one
     const std::string target_;
     const std::string folder_;
-    std::string name_;
-    FileHandle file_;
+    UnfinishedFile file_;
 };
 
 bool CopyContent(const FileHandle& from, const FileHandle& to)
@@ -129,11 +109,12 @@ int HostReplaceFile(const std::string& path, const std::string& content)
 
 int HostOpen(const std::string& path, int flags, mode_t mode)
 {
-    const std::string unfollowed = HostPathNoFollow(path);
-    if ((flags & O_CREAT) != 0 && IsWorldWritable(FolderOf(unfollowed))) {
+    // Where anyone may plant a link under the name that is about to be created.
+    if ((flags & O_CREAT) != 0 && IsWorldWritable(FolderOf(HostPathNoFollow(path)))) {
         flags |= O_NOFOLLOW;
     }
-    return open(((flags & O_NOFOLLOW) != 0 ? unfollowed : HostPath(path)).c_str(), flags | O_CLOEXEC, mode);
+    const std::string real = (flags & O_NOFOLLOW) != 0 ? HostPathNoFollow(path) : HostPath(path);
+    return open(real.c_str(), flags | O_CLOEXEC, mode);
 }
 
 int HostOpenRegular(const std::string& path)

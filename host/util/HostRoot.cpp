@@ -3,10 +3,11 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <deque>
 #include <filesystem>
+#include <iterator>
 #include <memory>
-#include <sstream>
+#include <utility>
+#include <vector>
 
 #include "HostUtil.h"
 
@@ -31,9 +32,10 @@ std::string& Root()
 }
 
 // In front of a logical path.
-std::string RealRoot()
+const std::string& RealRoot()
 {
-    return Root() == "/" ? "" : Root();
+    static const std::string& none = *new std::string;  // never destroyed: other destructors may still log
+    return Root() == "/" ? none : Root();
 }
 
 bool IsLink(const std::string& path)
@@ -66,8 +68,8 @@ public:
     std::optional<std::string> Resolve(Missing missing)
     {
         while (!pending_.empty()) {
-            const std::string name = pending_.front();
-            pending_.pop_front();
+            const std::string name = std::move(pending_.back());
+            pending_.pop_back();
             if (!Step(name) || (missing == Missing::Refused && !Exists())) {
                 return std::nullopt;
             }
@@ -78,14 +80,16 @@ public:
 private:
     void Prepend(const std::string& path)
     {
-        std::deque<std::string> names;
-        std::istringstream text(path);
-        for (std::string name; std::getline(text, name, '/');) {
+        std::vector<std::string> names;
+        for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+            end = path.find('/', begin);
+            std::string name = path.substr(begin, end - begin);
             if (!name.empty() && name != ".") {
-                names.push_back(name);
+                names.push_back(std::move(name));
             }
         }
-        pending_.insert(pending_.begin(), names.begin(), names.end());
+        // The next name is the last one.
+        pending_.insert(pending_.end(), std::make_move_iterator(names.rbegin()), std::make_move_iterator(names.rend()));
     }
 
     bool Step(const std::string& name)
@@ -117,8 +121,8 @@ private:
         return pending_.empty() ? access(real.c_str(), F_OK) == 0 : IsFolder(real);
     }
 
-    std::deque<std::string> pending_;
-    std::string reached_;  // logical, empty for the root
+    std::vector<std::string> pending_;  // the last one first
+    std::string reached_;               // logical, empty for the root
     const bool followLast_;
     int links_ = 0;
 };

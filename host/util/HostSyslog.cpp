@@ -1,6 +1,8 @@
 #include <syslog.h>
 
 #include <cstdarg>
+#include <mutex>
+#include <string>
 
 #include "HostUtil.h"
 #include "LogFile.h"
@@ -24,6 +26,19 @@ spdlog::level::level_enum LevelOf(int priority)
             return spdlog::level::err;
     }
 }
+/// The file of the root in use, kept open. Null while it cannot be opened.
+spdlog::sink_ptr SyslogFile()
+{
+    static std::mutex mutex;
+    static std::string& root = *new std::string;  // never destroyed: other destructors may still log
+    static spdlog::sink_ptr& file = *new spdlog::sink_ptr;
+    const std::lock_guard lock(mutex);
+    if (file == nullptr || root != HostRoot()) {
+        file = OpenLogFile(SYSLOG_FILE, LogFileMode::Append);
+        root = HostRoot();
+    }
+    return file;
+}
 }  // namespace
 
 void HostSyslog(int priority, const char* format, ...)
@@ -34,7 +49,7 @@ void HostSyslog(int priority, const char* format, ...)
     va_end(arguments);
     if (IsRealHost()) {
         syslog(priority, "%s", text.c_str());
-    } else if (const spdlog::sink_ptr file = OpenLogFile(SYSLOG_FILE, LogFileMode::Append)) {
+    } else if (const spdlog::sink_ptr file = SyslogFile()) {
         WriteLogLine(*file, LevelOf(priority), text);
     }
 }

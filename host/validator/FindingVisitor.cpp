@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "JsonTexts.h"
 #include "RuleConstraints.h"
 #include "SchemaFormats.h"
 
@@ -15,17 +16,6 @@ namespace
 {
 using NimbConfigStore::JsonValue;
 using valijson::Subschema;
-
-std::string_view Text(const JsonValue& value)
-{
-    return {value.GetString(), value.GetStringLength()};
-}
-
-std::size_t Characters(std::string_view text)
-{
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
 
 template <class Constraint>
 std::vector<const Subschema*> SubschemasOf(const Constraint& constraint)
@@ -151,14 +141,14 @@ bool FindingVisitor::visit(const MultipleOfDoubleConstraint& constraint)
 bool FindingVisitor::visit(const MinLengthConstraint& constraint)
 {
     const std::uint64_t limit = constraint.getMinLength();
-    return Require(!value_.IsString() || Characters(Text(value_)) >= limit,
+    return Require(!value_.IsString() || Characters(TextOf(value_)) >= limit,
                    [&] { return "expected at least " + Counted(limit, "character"); });
 }
 
 bool FindingVisitor::visit(const MaxLengthConstraint& constraint)
 {
     const std::uint64_t limit = constraint.getMaxLength();
-    return Require(!value_.IsString() || Characters(Text(value_)) <= limit,
+    return Require(!value_.IsString() || Characters(TextOf(value_)) <= limit,
                    [&] { return "expected at most " + Counted(limit, "character"); });
 }
 
@@ -166,13 +156,13 @@ bool FindingVisitor::visit(const PatternConstraint& constraint)
 {
     std::string pattern;
     constraint.getPattern(pattern);
-    return Require(!value_.IsString() || state_.Patterns().Matches(pattern, Text(value_)),
+    return Require(!value_.IsString() || state_.Patterns().Matches(pattern, TextOf(value_)),
                    [&] { return "expected a string that matches " + Quoted(pattern); });
 }
 
 bool FindingVisitor::visit(const FormatConstraint& constraint)
 {
-    return Require(!value_.IsString() || HasFormat(constraint.getFormat(), Text(value_), state_.Patterns()),
+    return Require(!value_.IsString() || HasFormat(constraint.getFormat(), TextOf(value_), state_.Patterns()),
                    [&] { return "expected the format " + constraint.getFormat(); });
 }
 

@@ -30,6 +30,8 @@ using Findings = std::vector<Finding>;
 class ValidationState
 {
 public:
+    explicit ValidationState(SchemaPatterns& patterns) : patterns_(patterns) {}
+
     /// The sub-schemas of an object's members, looked up by name.
     struct MemberTable
     {
@@ -43,7 +45,7 @@ public:
 
 private:
     std::unordered_map<const void*, MemberTable> tables_;
-    SchemaPatterns patterns_;
+    SchemaPatterns& patterns_;
 };
 
 /// Visits the constraints of compiled schemas for one value. valijson's own visitor reports every failed parent

@@ -2,6 +2,7 @@
 
 #include "CanonicalJson.h"
 #include "FindingVisitor.h"
+#include "JsonTexts.h"
 
 // What the visitor does with arrays and objects.
 
@@ -18,10 +19,6 @@ std::string_view View(const String& text)
     return {text.data(), text.size()};
 }
 
-std::string_view Text(const JsonValue& value)
-{
-    return {value.GetString(), value.GetStringLength()};
-}
 }  // namespace
 
 const ValidationState::MemberTable& ValidationState::TableOf(
@@ -135,7 +132,7 @@ bool FindingVisitor::visit(const PropertiesConstraint& constraint)
 
 bool FindingVisitor::CheckMember(const Value::Member& member, const ValidationState::MemberTable& table)
 {
-    const Place place{place_, Text(member.name)};
+    const Place place{place_, TextOf(member.name)};
     bool holds = true;
     bool isKnown = false;
     const auto check = [&](const Subschema& schema) {
@@ -168,7 +165,7 @@ bool FindingVisitor::visit(const PropertyNamesConstraint& constraint)
     bool holds = true;
     for (auto member = value_.IsObject() ? value_.MemberBegin() : JsonValue::ConstMemberIterator();
          value_.IsObject() && member != value_.MemberEnd() && GoesOn(holds); ++member) {
-        holds = CheckAt(member->name, Place{place_, Text(member->name)}, *constraint.getSubschema()) && holds;
+        holds = CheckAt(member->name, Place{place_, TextOf(member->name)}, *constraint.getSubschema()) && holds;
     }
     return holds;
 }

@@ -3,6 +3,7 @@
 #include "CompiledSchema.h"
 #include "ConfigStoreException.h"
 #include "FindingVisitor.h"
+#include "PlainAcceptance.h"
 #include "SchemaCheck.h"
 
 using NimbConfigStore::JsonDocument;
@@ -42,21 +43,23 @@ void WriteReport(const JsonSchema::Findings& findings, const std::string& name, 
 void Validate(const JsonValue& schema, const JsonValue& value, JsonDocument& report, const std::set<int>& rules,
               const std::string& name)
 {
-    JsonSchema::ValidationState state;
-    const std::string problem = ProblemOf(schema, state.Patterns(), 0);
+    JsonSchema::SchemaPatterns& patterns = JsonSchema::SchemaPatterns::OfThread();
+    const std::string problem = ProblemOf(schema, patterns, 0);
     if (!problem.empty()) {
         throw NimbConfigStore::ConfigStoreException(NimbConfigStore::CS_ERROR_OPERATION,
                                                     ("Unusable schema: " + problem).c_str());
     }
-    const JsonSchema::CompiledSchema compiled(schema, rules);
     JsonSchema::Findings findings;
-    JsonSchema::FindingVisitor(state, value, nullptr, &findings).Check(compiled.Root());
+    if (!JsonSchema::PlainAcceptance(schema, rules, patterns).Keeps(value)) {
+        const JsonSchema::CompiledSchema compiled(schema, rules);
+        JsonSchema::ValidationState state(patterns);
+        JsonSchema::FindingVisitor(state, value, nullptr, &findings).Check(compiled.Root());
+    }
     WriteReport(findings, name, report);
 }
 
 std::string CheckSchema(const JsonValue& schema)
 {
-    JsonSchema::SchemaPatterns patterns;
-    return ProblemOf(schema, patterns, LEVELS_OF_A_DOCUMENT);
+    return ProblemOf(schema, JsonSchema::SchemaPatterns::OfThread(), LEVELS_OF_A_DOCUMENT);
 }
 }  // namespace JsonValidator

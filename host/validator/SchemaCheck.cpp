@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
+#include <string_view>
+#include <vector>
 
 #include "ConfigStoreDocument.h"
+#include "JsonTexts.h"
 #include "SchemaFormats.h"
 #include "SchemaReferences.h"
 #include "Subschemas.h"
@@ -23,10 +25,27 @@ constexpr double MAX_SCHEMAS = 10'000'000;
     throw SchemaProblem("at \"" + PointerTo(place) + "\": " + why);
 }
 
-std::string_view Text(const JsonValue& value)
+/// Tells names that stand twice in an object: few are compared with each other, many are looked up.
+class EarlierNames
 {
-    return {value.GetString(), value.GetStringLength()};
-}
+public:
+    explicit EarlierNames(const JsonValue& object) : object_(object), areMany_(object.MemberCount() > 32) {}
+
+    /// To be asked for each member in turn.
+    bool Hold(const JsonValue::Member& member)
+    {
+        if (areMany_) {
+            return !seen_.insert(TextOf(member.name)).second;
+        }
+        return std::any_of(&*object_.MemberBegin(), &member,
+                           [&member](const auto& earlier) { return TextOf(earlier.name) == TextOf(member.name); });
+    }
+
+private:
+    const JsonValue& object_;
+    const bool areMany_;
+    std::unordered_set<std::string_view> seen_;
+};
 
 bool IsSchema(const JsonValue& value)
 {
@@ -36,17 +55,18 @@ bool IsSchema(const JsonValue& value)
 bool IsTypeName(const JsonValue& value)
 {
     constexpr std::string_view NAMES[] = {"null", "boolean", "integer", "number", "string", "array", "object"};
-    return value.IsString() && std::find(std::begin(NAMES), std::end(NAMES), Text(value)) != std::end(NAMES);
+    return value.IsString() && std::find(std::begin(NAMES), std::end(NAMES), TextOf(value)) != std::end(NAMES);
 }
 
 bool AreTexts(const JsonValue& value)
 {
-    if (!value.IsArray()) {
+    if (!value.IsArray() || !std::all_of(value.Begin(), value.End(), [](const auto& one) { return one.IsString(); })) {
         return false;
     }
-    std::set<std::string_view> seen;
-    return std::all_of(value.Begin(), value.End(),
-                       [&seen](const JsonValue& text) { return text.IsString() && seen.insert(Text(text)).second; });
+    std::vector<std::string_view> texts(value.Size());
+    std::transform(value.Begin(), value.End(), texts.begin(), TextOf);
+    std::sort(texts.begin(), texts.end());
+    return std::adjacent_find(texts.begin(), texts.end()) == texts.end();
 }
 
 bool AreTypes(const JsonValue& value)
@@ -74,26 +94,22 @@ bool IsDivisor(const JsonValue& value)
 }  // namespace
 
 SchemaCheck::SchemaCheck(const JsonValue& root, SchemaPatterns& patterns, unsigned levelsAbove)
-    : root_(root), patterns_(patterns), positions_(SchemaPositions(root)), depth_(levelsAbove)
+    : root_(root), patterns_(patterns), depth_(levelsAbove)
 {}
 
 void SchemaCheck::Run()
 {
-    Target(root_, nullptr);
+    Schema(root_, nullptr);
 }
 
+/// Each target is read once more than it stands, however often it is named.
 SchemaCheck::Extent SchemaCheck::Target(const Value& schema, const Place* place)
 {
-    const auto known = targets_.find(&schema);
-    if (known != targets_.end()) {
-        return known->second;
-    }
-    if (!underWay_.insert(&schema).second) {
+    if (std::find(underWay_.begin(), underWay_.end(), &schema) != underWay_.end()) {
         Refuse(place, "the reference leads back to itself");
     }
-    const Extent extent = Schema(schema, place);
-    underWay_.erase(&schema);
-    return targets_[&schema] = extent;
+    const auto known = targets_.find(&schema);
+    return known != targets_.end() ? known->second : targets_[&schema] = Schema(schema, place);
 }
 
 SchemaCheck::Extent SchemaCheck::Schema(const Value& schema, const Place* place)
@@ -105,7 +121,9 @@ SchemaCheck::Extent SchemaCheck::Schema(const Value& schema, const Place* place)
         Refuse(place, std::string("expected ") + ExpectedOf(Shape::SCHEMA) + ", found " + Described(schema));
     }
     ++depth_;
+    underWay_.push_back(&schema);
     Extent extent = Keywords(schema, place);
+    underWay_.pop_back();
     --depth_;
     ++extent.levels;
     if (depth_ + extent.levels > ConfigStoreDocument::MAX_DEPTH || extent.schemas > MAX_SCHEMAS) {
@@ -120,11 +138,11 @@ SchemaCheck::Extent SchemaCheck::Keywords(const Value& schema, const Place* plac
         Refuse(place, "the schema is nested too deeply when its references are followed");
     }
     Extent whole;
-    std::set<std::string_view> seen;
+    EarlierNames earlier(schema);
     for (const auto& member : schema.GetObject()) {
-        const Place here{place, Text(member.name)};
+        const Place here{place, TextOf(member.name)};
         const Keyword* keyword = FindKeyword(here.member);
-        if (!seen.insert(here.member).second) {
+        if (earlier.Hold(member)) {
             Refuse(&here, "the keyword stands twice");
         }
         if (keyword == nullptr && !IsAuthorsOwn(here.member)) {
@@ -146,12 +164,15 @@ SchemaCheck::Extent SchemaCheck::Keywords(const Value& schema, const Place* plac
 
 SchemaCheck::Extent SchemaCheck::ReferenceKeyword(const Value& schema, const Value& reference, const Place* place)
 {
+    if (positions_.empty()) {
+        positions_ = SchemaPositions(root_);
+    }
     const Value* target = ResolveReference(root_, reference);
     if (positions_.count(target) == 0 || !IsSchema(*target)) {
         Refuse(place, "the reference " + Described(reference) + " leads to no schema of this document");
     }
     for (const auto& member : schema.GetObject()) {
-        const Keyword* keyword = FindKeyword(Text(member.name));
+        const Keyword* keyword = FindKeyword(TextOf(member.name));
         if (keyword != nullptr && keyword->family > ANNOTATION && keyword->shape != Shape::REFERENCE) {
             Refuse(place, "beside a reference the keyword " + Quoted(keyword->name) + " is not applied");
         }
@@ -163,7 +184,7 @@ SchemaCheck::Extent SchemaCheck::SubschemasOf(Shape shape, const Value& value, c
 {
     Extent whole{1, 0};
     const auto include = [&](const Value& schema, const Place& here) {
-        const Extent inner = Target(schema, &here);
+        const Extent inner = Schema(schema, &here);
         whole.levels = std::max(whole.levels, inner.levels);
         whole.schemas += inner.schemas;
     };
@@ -176,7 +197,7 @@ SchemaCheck::Extent SchemaCheck::SubschemasOf(Shape shape, const Value& value, c
     } else if (IsMap(shape)) {
         for (const auto& member : value.GetObject()) {
             if (!member.value.IsArray()) {
-                include(member.value, Place{place, Text(member.name)});
+                include(member.value, Place{place, TextOf(member.name)});
             }
         }
     }
@@ -224,7 +245,7 @@ bool SchemaCheck::HasShape(Shape shape, const Value& value) const
         case Shape::TYPES:
             return AreTypes(value);
         case Shape::FORMAT:
-            return value.IsString() && IsKnownFormat(Text(value));
+            return value.IsString() && IsKnownFormat(TextOf(value));
         case Shape::SCHEMA_MAP:
         case Shape::PATTERN_MAP:
             return value.IsObject();
@@ -240,10 +261,10 @@ bool SchemaCheck::HasShape(Shape shape, const Value& value) const
 
 void SchemaCheck::NamesOnce(const Value& map, const Place* place)
 {
-    std::set<std::string_view> seen;
+    EarlierNames earlier(map);
     for (const auto& member : map.GetObject()) {
-        const Place here{place, Text(member.name)};
-        if (!seen.insert(here.member).second) {
+        const Place here{place, TextOf(member.name)};
+        if (earlier.Hold(member)) {
             Refuse(&here, "the member stands twice");
         }
     }
@@ -252,7 +273,7 @@ void SchemaCheck::NamesOnce(const Value& map, const Place* place)
 void SchemaCheck::PatternNames(const Value& map, const Place* place)
 {
     for (const auto& member : map.GetObject()) {
-        const Place here{place, Text(member.name)};
+        const Place here{place, TextOf(member.name)};
         Pattern(member.name, &here);
     }
 }
@@ -260,7 +281,7 @@ void SchemaCheck::PatternNames(const Value& map, const Place* place)
 void SchemaCheck::Pattern(const Value& text, const Place* place)
 {
     try {
-        patterns_.Compiled(Text(text));
+        patterns_.Compiled(TextOf(text));
     } catch (const std::runtime_error& error) {
         Refuse(place, "the pattern " + Described(text) + " does not compile: " + error.what());
     }

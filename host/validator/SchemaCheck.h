@@ -4,6 +4,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "Json.h"
 #include "JsonPlace.h"
@@ -52,9 +53,9 @@ private:
 
     const Value& root_;
     SchemaPatterns& patterns_;
-    std::unordered_set<const Value*> positions_;
-    std::unordered_map<const Value*, Extent> targets_;
-    std::unordered_set<const Value*> underWay_;
+    std::unordered_set<const Value*> positions_;        ///< empty until a reference asks for them
+    std::unordered_map<const Value*, Extent> targets_;  ///< what references lead to
+    std::vector<const Value*> underWay_;                ///< from the root down
     unsigned depth_;
 };
 }  // namespace JsonSchema

@@ -1,6 +1,7 @@
 #include "SchemaKeywords.h"
 
-#include <unordered_map>
+#include <array>
+#include <cstddef>
 
 namespace JsonSchema
 {
@@ -62,23 +63,50 @@ constexpr Keyword KEYWORDS[] = {
     {"cached", ANNOTATION, Shape::BOOLEAN},
 };
 
-using KeywordMap = std::unordered_map<std::string_view, const Keyword*>;
+// Every member of every schema is looked up for every value, so the table is made by the compiler and probed with a
+// few characters of the name.
+constexpr std::size_t SLOTS = 256;
+using SlotTable = std::array<const Keyword*, SLOTS>;
 
-KeywordMap AllKeywords()
+constexpr std::size_t SlotOf(std::string_view name)
 {
-    KeywordMap map;
-    for (const Keyword& keyword : KEYWORDS) {
-        map.emplace(keyword.name, &keyword);
-    }
-    return map;
+    const auto at = [name](std::size_t place) {
+        return static_cast<std::size_t>(static_cast<unsigned char>(name[place]));
+    };
+    return (name.size() * 17 + at(0) * 3 + at(name.size() / 2) * 5 + at(name.size() - 1) * 7) % SLOTS;
 }
+
+constexpr SlotTable FillSlots()
+{
+    SlotTable slots{};
+    for (const Keyword& keyword : KEYWORDS) {
+        std::size_t slot = SlotOf(keyword.name);
+        while (slots[slot] != nullptr) {
+            slot = (slot + 1) % SLOTS;
+        }
+        slots[slot] = &keyword;
+    }
+    return slots;
+}
+
+constexpr SlotTable KEYWORD_SLOTS = FillSlots();
 }  // namespace
+
+std::span<const Keyword> AllKeywords()
+{
+    return KEYWORDS;
+}
 
 const Keyword* FindKeyword(std::string_view name)
 {
-    static const KeywordMap keywords = AllKeywords();
-    const auto found = keywords.find(name);
-    return found == keywords.end() ? nullptr : found->second;
+    if (name.empty()) {
+        return nullptr;
+    }
+    std::size_t slot = SlotOf(name);
+    while (KEYWORD_SLOTS[slot] != nullptr && KEYWORD_SLOTS[slot]->name != name) {
+        slot = (slot + 1) % SLOTS;
+    }
+    return KEYWORD_SLOTS[slot];
 }
 
 const char* ExpectedOf(Shape shape)

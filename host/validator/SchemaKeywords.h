@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string_view>
 
 #include "JsonValidator.h"
@@ -42,6 +43,8 @@ struct Keyword
     int family;
     Shape shape;
 };
+
+std::span<const Keyword> AllKeywords();
 
 /// Null when nobody implements a keyword of that name.
 const Keyword* FindKeyword(std::string_view name);

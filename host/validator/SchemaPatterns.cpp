@@ -13,6 +13,8 @@ namespace
 constexpr std::size_t MAX_PATTERN_BYTES = 2048;
 constexpr double MAX_STATES = 2048;
 
+constexpr std::size_t MAX_KEPT = 256;
+
 /// Estimates, to within a small factor, the states that a pattern compiles to: a counted repetition copies what it
 /// repeats. Reads the pattern as its compiler does; what that refuses may be read in any way.
 class StateEstimate
@@ -152,13 +154,22 @@ std::regex Compile(const std::string& pattern)
 
 const std::regex& SchemaPatterns::Compiled(std::string_view pattern)
 {
-    std::string text(pattern);
-    const auto known = compiled_.find(text);
+    const auto known = compiled_.find(pattern);
     if (known != compiled_.end()) {
         return known->second;
     }
+    std::string text(pattern);
     std::regex expression = Compile(text);
     return compiled_.emplace(std::move(text), std::move(expression)).first->second;
+}
+
+SchemaPatterns& SchemaPatterns::OfThread()
+{
+    thread_local SchemaPatterns patterns;
+    if (patterns.compiled_.size() > MAX_KEPT) {
+        patterns.compiled_.clear();
+    }
+    return patterns;
 }
 
 bool SchemaPatterns::Matches(std::string_view pattern, std::string_view text)

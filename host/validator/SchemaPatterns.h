@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <regex>
 #include <string>
 #include <string_view>
@@ -19,7 +20,16 @@ public:
     /// True when the pattern matches anywhere in @p text.
     bool Matches(std::string_view pattern, std::string_view text);
 
+    /// The patterns that this thread has compiled: compiling one costs more than most values do. Kept from one
+    /// validation to the next, as long as they are not too many.
+    static SchemaPatterns& OfThread();
+
 private:
-    std::unordered_map<std::string, std::regex> compiled_;
+    /// Looks a pattern up without copying it.
+    struct Hash : std::hash<std::string_view>
+    {
+        using is_transparent = void;
+    };
+    std::unordered_map<std::string, std::regex, Hash, std::equal_to<>> compiled_;
 };
 }  // namespace JsonSchema

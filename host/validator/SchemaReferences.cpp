@@ -1,5 +1,6 @@
 #include "SchemaReferences.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <string_view>
@@ -8,6 +9,7 @@
 #include <rapidjson/stringbuffer.h>
 
 #include "JsonPlace.h"
+#include "JsonTexts.h"
 #include "Subschemas.h"
 
 using NimbConfigStore::JsonAllocator;
@@ -67,6 +69,16 @@ std::optional<std::string> PercentDecoded(std::string_view text)
 }
 }  // namespace
 
+bool MentionsReference(const JsonValue& schema)
+{
+    if (schema.IsArray()) {
+        return std::any_of(schema.Begin(), schema.End(), MentionsReference);
+    }
+    return schema.IsObject() && std::any_of(schema.MemberBegin(), schema.MemberEnd(), [](const auto& member) {
+               return TextOf(member.name) == "$ref" || MentionsReference(member.value);
+           });
+}
+
 std::unordered_set<const JsonValue*> SchemaPositions(const JsonValue& root)
 {
     std::unordered_set<const JsonValue*> positions;
@@ -104,7 +116,9 @@ const JsonValue* ResolveReference(const JsonValue& root, const JsonValue& refere
 JsonValue CopyToPlace(const JsonValue& schema, const std::vector<std::string>& place, JsonAllocator& allocator)
 {
     JsonValue copy(schema, allocator);
-    MoveReferences(copy, FragmentOf(place), allocator);
+    if (MentionsReference(copy)) {
+        MoveReferences(copy, FragmentOf(place), allocator);
+    }
     return copy;
 }
 }  // namespace JsonSchema

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <sstream>
 
+#include "FileSizeLimit.h"
 #include "HostUtil.h"
 #include "TestHost.h"
 
@@ -54,6 +55,22 @@ TEST_F(CSLoggerTest, ALineHoldsTimeLevelProcessAndText)
     EXPECT_THAT(Host().ReadFile(LOG_FILE),
                 MatchesRegex("[0-9]{4}-[01][0-9]-[0-3][0-9]T[0-2][0-9]:[0-5][0-9]:[0-6][0-9]\\.[0-9]{3}Z info \\[" +
                              std::to_string(getpid()) + "\\] first of 2\n"));
+}
+
+TEST_F(CSLoggerTest, ALineThatDoesNotFitIsNotCutAndItsLossIsTold)
+{
+    CSLogger::Log(CSLogger::INFO, "first");
+    const std::string first = Host().ReadFile(LOG_FILE);
+    {
+        const FileSizeLimit limit(first.size() + 10);
+        CSLogger::Log(CSLogger::INFO, "second");
+        CSLogger::Log(CSLogger::INFO, "third");
+        EXPECT_EQ(Host().ReadFile(LOG_FILE), first);
+    }
+    CSLogger::Log(CSLogger::INFO, "fourth");
+    CSLogger::Log(CSLogger::INFO, "fifth");
+    EXPECT_THAT(Host().Log(), ElementsAre("info first", "warning 2 log lines were lost: File too large", "info fourth",
+                                          "info fifth"));
 }
 
 TEST_F(CSLoggerTest, EachPriorityHasItsWord)

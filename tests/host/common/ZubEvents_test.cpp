@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ConfigStoreDocument.h"
+#include "FileSizeLimit.h"
 #include "TestHost.h"
 
 using namespace NimbConfigStore;
@@ -73,6 +74,25 @@ TEST_F(ZubEventsTest, EventsAreAppended)
     EXPECT_TRUE(RaiseSystemAlert("down"));
     DumpZub(ZUB_DESIRED_CONFIG_ERROR, 0);
     EXPECT_THAT(Host().EventIds(), ElementsAre(ZUB_DB_OPERATION_ERROR, "alert", ZUB_DESIRED_CONFIG_ERROR));
+}
+
+TEST_F(ZubEventsTest, AnAlertIsKeptToItsLastByte)
+{
+    const std::string text("a\0b", 3);
+    EXPECT_TRUE(RaiseSystemAlert(text));
+    const JsonDocument event = OnlyEvent();
+    EXPECT_EQ(std::string(event["text"].GetString(), event["text"].GetStringLength()), text);
+}
+
+TEST_F(ZubEventsTest, AnEventThatDoesNotFitIsNotCutAndIsLogged)
+{
+    EXPECT_TRUE(RaiseSystemAlert(std::string(2000, 'a')));
+    const std::string first = Host().ReadFile(EVENT_FILE);
+    const FileSizeLimit limit(first.size() + 10);
+    EXPECT_FALSE(RaiseSystemAlert("second"));
+    EXPECT_EQ(Host().ReadFile(EVENT_FILE), first);
+    EXPECT_THAT(Host().Log(),
+                ElementsAre("error Cannot write alert \"second\" to /var/log/talvor/events.jsonl: File too large"));
 }
 
 TEST_F(ZubEventsTest, AnAlertIsItsTextAlone)

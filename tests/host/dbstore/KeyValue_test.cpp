@@ -43,6 +43,38 @@ TEST_F(KeyValueTest, AnEmptyValueIsKeptAsAText)
     EXPECT_EQ(Host().SqlValue("SELECT typeof(Value) FROM KeyValue"), "text");
 }
 
+TEST_F(KeyValueTest, KeysAndValuesAreKeptToTheirLastByte)
+{
+    const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::ConfigStore, true);
+    const std::string text("a\0b", 3);
+    EXPECT_EQ(DBStore::WriteKeyValue(text, text, connection), DBStore::SUCCESS);
+    EXPECT_EQ(DBStore::WriteKeyValue("a", "other", connection), DBStore::SUCCESS);
+    std::string value;
+    EXPECT_EQ(DBStore::ReadKeyValue(text, &value, connection), DBStore::SUCCESS);
+    EXPECT_EQ(value, text);
+}
+
+TEST_F(KeyValueTest, AnEntryWithoutAValueReadsAsTheEmptyText)
+{
+    Host().Sql("DROP TABLE KeyValue; CREATE TABLE KeyValue (Key TEXT, Value TEXT)");
+    Host().Sql("INSERT INTO KeyValue VALUES ('k', NULL)");
+    std::string value = "old";
+    const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::ConfigStore, true);
+    EXPECT_EQ(DBStore::ReadKeyValue("k", &value, connection), DBStore::SUCCESS);
+    EXPECT_EQ(value, "");
+}
+
+TEST_F(KeyValueTest, AnEntryThatCannotBeReadIsAFailure)
+{
+    Host().Sql("DROP TABLE KeyValue");
+    std::string value = "old";
+    const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::ConfigStore, true);
+    EXPECT_EQ(DBStore::ReadKeyValue("k", &value, connection), DBStore::FAILURE);
+    EXPECT_EQ(DBStore::ReadKeyValue("k", &value, nullptr), DBStore::FAILURE);
+    EXPECT_EQ(value, "");
+    EXPECT_THAT(Host().Log(), ElementsAre(HasSubstr("no such table: KeyValue")));
+}
+
 TEST_F(KeyValueTest, OnlyTheConfigStoreHasEntries)
 {
     const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::DataFileStore, true);

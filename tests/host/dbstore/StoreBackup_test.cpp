@@ -50,6 +50,13 @@ TEST_F(StoreBackupTest, TheCopyIsAConsistentStoreAndTheOnlyFileThatIsLeft)
     EXPECT_EQ(RestoredValue("k"), "saved");
 }
 
+TEST_F(StoreBackupTest, ACopyThatAKilledProcessLeftHalfWrittenGoesWithTheNextOne)
+{
+    Host().WriteFile(std::string(FOLDER) + "/.new-Ab3dE9", "half a store");
+    EXPECT_EQ(Backup(Type::ConfigStore, COPY), DBStore::SUCCESS);
+    EXPECT_THAT(BackupFiles(), ElementsAre("current-store-1"));
+}
+
 TEST_F(StoreBackupTest, AnEarlierCopyIsReplaced)
 {
     Host().WriteFile(COPY, "whatever stood there");
@@ -105,4 +112,21 @@ TEST_F(StoreBackupTest, AFolderInTheTargetsPlaceIsAFailure)
     Host().MakeFolder(std::string(COPY) + "/occupied");
     EXPECT_EQ(Backup(Type::ConfigStore, COPY), DBStore::FAILURE);
     EXPECT_THAT(BackupFiles(), ElementsAre("current-store-1"));
+}
+
+TEST_F(StoreBackupTest, ACopyForAnotherRootStandsInItsOwnPlaceThere)
+{
+    Host().Sql("INSERT INTO KeyValue VALUES ('k', 'kept in the copy')");
+    ASSERT_EQ(DBStore::CopyToRoot(Type::ConfigStore, Host().Real("/other/root")), DBStore::SUCCESS);
+    const std::string copy = std::string("/other/root") + DBStore::StorePath(Type::ConfigStore);
+    EXPECT_TRUE(DBStore::Check(copy.c_str()));
+    EXPECT_THAT(Host().ReadFile(copy), HasSubstr("kept in the copy"));
+}
+
+TEST_F(StoreBackupTest, ACopyForARootThatCannotBeMadeIsAFailure)
+{
+    Host().WriteFile("/file", "");
+    EXPECT_EQ(DBStore::CopyToRoot(Type::ConfigStore, Host().Real("/file")), DBStore::FAILURE);
+    EXPECT_THAT(Host().Log(),
+                ElementsAre(HasSubstr("Cannot copy store database /etc/talvor/configstore/current-store-1 to ")));
 }

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <filesystem>
 
 #include "CSLogger.h"
+#include "FileSizeLimit.h"
 #include "HostUtil.h"
 #include "TestHost.h"
 
@@ -52,27 +54,6 @@ int Opening(const std::string& path, int flags)
     close(file);
     return 0;
 }
-
-// Writing beyond this size fails for everyone, root included.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const struct rlimit limit = {bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-
-private:
-    struct rlimit before_ = {};
-    sighandler_t handler_;
-};
 
 // No more than @p more files can be opened.
 class OpenFileLimit
@@ -123,6 +104,37 @@ TEST_F(HostFilesTest, AReaderOfTheReplacedFileKeepsTheOldContent)
     EXPECT_EQ(read(reader, content, sizeof content), 3);
     EXPECT_STREQ(content, "old");
     close(reader);
+}
+
+TEST_F(HostFilesTest, WhatAKilledProcessLeftBehindGoesWithTheNextReplacementInItsFolder)
+{
+    Host().WriteFile("/data/.new-Ab3dE9", "half").WriteFile("/other/.new-Ab3dE9", "half");
+    Host().WriteFile("/data/.new-Ab3dE9x", "").WriteFile("/data/new-Ab3dE9", "").MakeFolder("/data/.new-folder");
+    EXPECT_EQ(HostReplaceFile("/data/file", ""), 0);
+    EXPECT_THAT(Names("/data"), ElementsAre(".new-Ab3dE9x", ".new-folder", "file", "new-Ab3dE9"));
+    EXPECT_THAT(Names("/other"), ElementsAre(".new-Ab3dE9"));
+    EXPECT_EQ(HostCopyFile("/data/file", "/other/file"), 0);
+    EXPECT_THAT(Names("/other"), ElementsAre("file"));
+}
+
+TEST_F(HostFilesTest, AFileThatIsAtWorkIsNotTakenForALeftover)
+{
+    Host().WriteFile("/data/.new-Ab3dE9", "half");
+    const int atWork = HostOpen("/data/.new-Ab3dE9", O_RDWR);
+    ASSERT_EQ(flock(atWork, LOCK_EX | LOCK_NB), 0);
+    EXPECT_EQ(HostReplaceFile("/data/file", ""), 0);
+    EXPECT_THAT(Names("/data"), ElementsAre(".new-Ab3dE9", "file"));
+    close(atWork);
+    EXPECT_EQ(HostReplaceFile("/data/file", ""), 0);
+    EXPECT_THAT(Names("/data"), ElementsAre("file"));
+}
+
+TEST_F(HostFilesTest, WhereAnyoneMayCreateFilesNoneIsTakenForALeftover)
+{
+    Host().WriteFile("/data/.new-Ab3dE9", "somebody's");
+    MakeWorldWritable("/data");
+    EXPECT_EQ(HostReplaceFile("/data/file", ""), 0);
+    EXPECT_THAT(Names("/data"), ElementsAre(".new-Ab3dE9", "file"));
 }
 
 TEST_F(HostFilesTest, AFailureIsAnErrnoAndLeavesNothingBehind)
