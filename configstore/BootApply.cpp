@@ -5,6 +5,7 @@
 
 #include "CSLogger.h"
 #include "NimbSchemaStore.h"
+#include "RunStatement.h"
 #include "StoreStatements.h"
 
 namespace NimbConfigStore
@@ -20,18 +21,6 @@ struct ExcludedRow
     NimbSchemaStore::SchemaObjectId object;
     std::string identifier;
 };
-
-void RunOrThrow(const DBStore::ConnectionPtr& connection, const DBStore::StatementPtr& statement, const char* failure)
-{
-    if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, failure);
-    }
-}
-
-void RunOrThrow(const DBStore::ConnectionPtr& connection, const char* sql, const char* failure)
-{
-    RunOrThrow(connection, DBStore::internal::Prepare(connection, sql, DBStore::WAIT_LIMIT_MS), failure);
-}
 
 /// Generated identifiers mean nothing outside the store, so a list of them excludes nothing.
 bool IsKeyedByItsOwnProperty(const NimbSchemaStore::SchemaObject& object)
@@ -71,15 +60,11 @@ void MarkUserConfig(const DBStore::ConnectionPtr& connection)
     const std::vector<ExcludedRow> excluded = ExcludedRows();
     const std::string sql = MarkingStatement(excluded.size());
     CSLogger::Log(CSLogger::INFO, "Delete existing user configuration query = %s", sql.c_str());
-    const DBStore::StatementPtr mark = DBStore::internal::Prepare(connection, sql, DBStore::WAIT_LIMIT_MS);
-    int parameter = 0;
+    std::vector<BoundText> keys;
     for (const auto& [object, identifier] : excluded) {
-        for (const std::string* text : {&object.component, &object.group, &object.name, &identifier}) {
-            // A failed bind, or a statement that did not prepare, fails when it is run.
-            (void)DBStore::internal::Bind(mark, ++parameter, std::string_view(*text));
-        }
+        keys.insert(keys.end(), {object.component, object.group, object.name, identifier});
     }
-    RunOrThrow(connection, mark, "Failed to mark user configuration for delete");
+    RunOrThrow(connection, sql, "Failed to mark user configuration for delete", keys);
 }
 }  // namespace
 

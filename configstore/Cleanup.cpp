@@ -2,9 +2,9 @@
 #include <vector>
 
 #include "CSLogger.h"
-#include "ConfigStoreException.h"
 #include "Files.h"
 #include "NimbConfigStore.h"
+#include "RunStatement.h"
 #include "StoreConnection.h"
 #include "StorePaths.h"
 #include "StoreStatements.h"
@@ -14,11 +14,6 @@ namespace NimbConfigStore
 {
 namespace
 {
-bool Run(const DBStore::ConnectionPtr& store, const char* statement)
-{
-    return DBStore::Execute(store, statement, DBStore::WAIT_LIMIT_MS) == DBStore::SUCCESS;
-}
-
 int CollectName(void* names, int, char** values, char**)
 {
     if (values[0] != nullptr) {
@@ -40,20 +35,13 @@ void CleanupConfigRows()
         CSLogger::Log(CSLogger::ERROR, "ConfigStore cleanup failed: could not attach to SchemaStore");
         return;
     }
-    const bool deleted = Run(store, Statements::DELETE_ORPHANED_CONFIG);
+    const bool deleted = RunStatement(store, Statements::DELETE_ORPHANED_CONFIG);
     (void)schemas.Detach();  // logged there
     if (deleted) {
         CSLogger::Log(CSLogger::INFO, "Cleanup config store completed");
     } else {
         CSLogger::Log(CSLogger::ERROR, "ConfigStore cleanup failed: SQL command unsuccessful");
     }
-}
-
-bool ReadOrphanedFolders(const DBStore::ConnectionPtr& store, std::vector<std::string>& folders)
-{
-    const DBStore::StatementPtr select =
-        DBStore::internal::Prepare(store, Statements::SELECT_ORPHANED_DIRS, DBStore::WAIT_LIMIT_MS);
-    return DBStore::ExecuteStmt(store, select, CollectName, &folders, DBStore::WAIT_LIMIT_MS) == DBStore::SUCCESS;
 }
 
 // Deletes the metadata that no schema describes; @p folders, when given, receives where its files were. False, after
@@ -65,11 +53,11 @@ bool DeleteOrphanedMetadata(const DBStore::ConnectionPtr& store, std::vector<std
         CSLogger::Log(CSLogger::ERROR, "Datafile store cleanup failed: could not attach to data file schemas");
         return false;
     }
-    if (folders != nullptr && !ReadOrphanedFolders(store, *folders)) {
+    if (folders != nullptr && !RunStatement(store, Statements::SELECT_ORPHANED_DIRS, {}, CollectName, folders)) {
         CSLogger::Log(CSLogger::ERROR, "Datafile live cleanup failed: read dir SQL command unsuccessful");
         return false;
     }
-    if (!Run(store, Statements::DELETE_ORPHANED_DATAFILES)) {
+    if (!RunStatement(store, Statements::DELETE_ORPHANED_DATAFILES)) {
         CSLogger::Log(CSLogger::ERROR, "Datafile cleanup failed: SQL command unsuccessful");
         return false;
     }
@@ -119,12 +107,8 @@ void CleanupAutoConfig()
         CSLogger::Log(CSLogger::ERROR, "Cleanup failed: could not connect to ConfigStore");
         return;
     }
-    if (!Run(store, Statements::CLEAR_AUTO_CONFIG)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Error removing auto configuration value.");
-    }
-    if (!Run(store, Statements::DELETE_EMPTY_ROWS)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Error cleaning up config.");
-    }
+    RunOrThrow(store, Statements::CLEAR_AUTO_CONFIG, "Error removing auto configuration value.");
+    RunOrThrow(store, Statements::DELETE_EMPTY_ROWS, "Error cleaning up config.");
 }
 
 void CleanupStore(bool keepDataFiles)

@@ -9,6 +9,7 @@
 #include "Files.h"
 #include "HostUtil.h"
 #include "NimbConfigStore.h"
+#include "RunStatement.h"
 #include "StoreConnection.h"
 #include "StorePaths.h"
 #include "StoreStatements.h"
@@ -35,13 +36,6 @@ int CollectFile(void* map, int, char** values, char**)
         (*static_cast<DataFileMap*>(map))[values[0]].emplace(values[1]);
     }
     return 0;
-}
-
-bool ReadDataFileMap(const DBStore::ConnectionPtr& store, DataFileMap& map)
-{
-    const DBStore::StatementPtr select =
-        DBStore::internal::Prepare(store, Statements::SELECT_DATAFILES, DBStore::WAIT_LIMIT_MS);
-    return DBStore::ExecuteStmt(store, select, CollectFile, &map, DBStore::WAIT_LIMIT_MS) == DBStore::SUCCESS;
 }
 
 std::string JoinNames(const std::set<std::string>& names)
@@ -109,18 +103,13 @@ bool DeleteMetadata(const DBStore::ConnectionPtr& store, const std::string& dire
                     const std::set<std::string>& files)
 {
     std::string text = std::string(Statements::DELETE_MISSING_DATAFILES) + "(";
-    for (std::size_t i = 0; i < files.size(); ++i) {
+    std::vector<BoundText> names{directory};
+    for (const std::string& file : files) {
         text += "?,";
+        names.emplace_back(file);
     }
     text.back() = ')';
-    const DBStore::StatementPtr statement = DBStore::internal::Prepare(store, text, DBStore::WAIT_LIMIT_MS);
-    int parameter = 0;
-    DBStore::internal::Bind(statement, ++parameter, std::string_view(directory));
-    for (const std::string& file : files) {
-        DBStore::internal::Bind(statement, ++parameter, std::string_view(file));
-    }
-    // A failed prepare or bind shows here.
-    return DBStore::ExecuteStmt(store, statement, nullptr, nullptr, DBStore::WAIT_LIMIT_MS) == DBStore::SUCCESS;
+    return RunStatement(store, text, names);
 }
 
 void DeleteMissingMetadata(const DBStore::ConnectionPtr& store, const DataFileMap& missing)
@@ -156,7 +145,7 @@ void CleanupDataFiles()
         return;
     }
     DataFileMap map;
-    if (!ReadDataFileMap(store, map)) {
+    if (!RunStatement(store, Statements::SELECT_DATAFILES, {}, CollectFile, &map)) {
         ReportFailure("CleanupDataFiles read sql command failed");
         return;
     }

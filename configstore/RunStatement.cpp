@@ -1,5 +1,7 @@
 #include "RunStatement.h"
 
+#include "ConfigStoreException.h"
+
 namespace NimbConfigStore
 {
 bool RunStatement(const DBStore::ConnectionPtr& connection, const std::string& sql, const std::vector<BoundText>& texts,
@@ -14,5 +16,13 @@ bool RunStatement(const DBStore::ConnectionPtr& connection, const std::string& s
                     : DBStore::internal::BindNull(statement, parameter));
     }
     return DBStore::ExecuteStmt(connection, statement, callback, context, DBStore::WAIT_LIMIT_MS) == DBStore::SUCCESS;
+}
+
+void RunOrThrow(const DBStore::ConnectionPtr& connection, const std::string& sql, const char* failure,
+                const std::vector<BoundText>& texts, DBStore::RowCallback callback, void* context)
+{
+    if (!RunStatement(connection, sql, texts, callback, context)) {
+        throw ConfigStoreException(CS_ERROR_OPERATION, failure);
+    }
 }
 }  // namespace NimbConfigStore

@@ -16,4 +16,9 @@ using BoundText = std::optional<std::string_view>;
 [[nodiscard]] bool RunStatement(const DBStore::ConnectionPtr& connection, const std::string& sql,
                                 const std::vector<BoundText>& texts = {}, DBStore::RowCallback callback = nullptr,
                                 void* context = nullptr);
+
+/// The same. @throws ConfigStoreException 2000 @p failure when it fails.
+void RunOrThrow(const DBStore::ConnectionPtr& connection, const std::string& sql, const char* failure,
+                const std::vector<BoundText>& texts = {}, DBStore::RowCallback callback = nullptr,
+                void* context = nullptr);
 }  // namespace NimbConfigStore

@@ -60,5 +60,10 @@ inline constexpr ListedStatement kAllStatements[] = {
     {"EMPTY_DEFAULT_CONFIG", EMPTY_DEFAULT_CONFIG, "", CONFIG, ""},
     {"UPSERT_DEFAULT_CONFIG", UPSERT_DEFAULT_CONFIG, "", CONFIG, ""},
     {"SELECT_RESTORE_FAILURES", SELECT_RESTORE_FAILURES, "", CONFIG, "s"},
+    {"SUM_VITAL_SIZE", SUM_VITAL_SIZE, "", CONFIG, "Config"},
+    {"SUM_USER_SIZE", SUM_USER_SIZE, "", CONFIG, "Config"},
+    {"SUM_CACHED_SIZE", SUM_CACHED_SIZE, "", CONFIG, "Config"},
+    {"COUNT_CONFIG_ROWS", COUNT_CONFIG_ROWS, "", CONFIG, "Config"},
+    {"SELECT_ROW_SIZES", SELECT_ROW_SIZES, "", CONFIG, "Config"},
 };
 }  // namespace NimbConfigStore::Statements

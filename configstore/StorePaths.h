@@ -3,6 +3,7 @@
 // The fixed logical paths of the store's boot.
 namespace NimbConfigStore
 {
+inline constexpr const char* STORE_FOLDER = "/etc/talvor/configstore";
 inline constexpr const char* CURRENT_STORE_FILE = "/etc/talvor/configstore/current-store-1";
 inline constexpr const char* DATAFILE_STORE_FILE = "/etc/talvor/configstore/datafile-store";
 inline constexpr const char* BACKUP_FOLDER = "/var/lib/talvor/configstore/backup";

@@ -246,4 +246,16 @@ inline constexpr const char* SELECT_RESTORE_FAILURES =
     "SELECT c.Name, c.Component, c.ConfigGroup, c.Identifier FROM Config c, ss.ConfigSchema AS s WHERE "
     "c.Name = s.Name AND c.Component = s.Component AND c.ConfigGroup = s.ConfigGroup AND s.DSPIntegrated = 1 AND "
     "c.Success = 0 AND (s.SchemaType = 0 OR s.SchemaType = 2) AND c.UserValue IS NOT NULL;";
+
+inline constexpr const char* SUM_VITAL_SIZE = "SELECT SUM(LENGTH(VitalValue)) as VitalSize FROM Config";
+
+inline constexpr const char* SUM_USER_SIZE = "SELECT SUM(LENGTH(UserValue)) as UserSize FROM Config";
+
+inline constexpr const char* SUM_CACHED_SIZE = "SELECT SUM(LENGTH(CachedValue)) as CachedSize FROM Config";
+
+inline constexpr const char* COUNT_CONFIG_ROWS = "SELECT COUNT(*) as RowCount FROM Config";
+
+inline constexpr const char* SELECT_ROW_SIZES =
+    "SELECT Component, ConfigGroup, Name, LENGTH (VitalValue) VitalConfigSize, LENGTH (UserValue) UserConfigSize, "
+    "LENGTH (CachedValue) CachedConfigSize FROM Config";
 }  // namespace NimbConfigStore::Statements

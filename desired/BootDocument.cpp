@@ -1,7 +1,5 @@
 #include "BootDocument.h"
 
-#include <string_view>
-
 #include "CSLogger.h"
 #include "ConfigStoreDocument.h"
 #include "DesiredWalk.h"
@@ -10,6 +8,7 @@
 #include "JsonText.h"
 #include "NimbConfigStore.h"
 #include "NimbSchemaStore.h"
+#include "RunStatement.h"
 #include "StorePaths.h"
 #include "StoreStatements.h"
 
@@ -28,40 +27,15 @@ struct BootDocumentRun
     NimbSchemaStore::SchemaObjectCachePtr cache;
 };
 
-void DeleteObjectRows(const DBStore::ConnectionPtr& connection, const SchemaObjectId& id)
-{
-    using DBStore::internal::Bind;
-    const DBStore::StatementPtr statement =
-        DBStore::internal::Prepare(connection, Statements::DELETE_OBJECT_ROWS, DBStore::WAIT_LIMIT_MS);
-    // A failed bind makes the execution fail.
-    (void)Bind(statement, 1, id.name);
-    (void)Bind(statement, 2, id.group);
-    (void)Bind(statement, 3, id.component);
-    if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Delete mutable default config failed");
-    }
-}
-
 void WriteInstance(const BootDocumentRun& run, const SchemaObjectId& id, const SchemaObjectPtr& schema,
                    JsonValue& value)
 {
-    using DBStore::internal::Bind;
     PopulateGeneratedInstanceId(schema->GetInstanceSchema(), value, run.allocator);
     const std::string instanceId = GetInstanceIdFromValue(value, schema);
     std::string text;
     ConfigStoreDocument::SerializeValue(value, text);
-    const DBStore::StatementPtr statement =
-        DBStore::internal::Prepare(run.connection, Statements::UPSERT_USER_CONFIG, DBStore::WAIT_LIMIT_MS);
-    // A failed bind makes the execution fail.
-    (void)Bind(statement, 1, instanceId);
-    (void)Bind(statement, 2, id.name);
-    (void)Bind(statement, 3, id.group);
-    (void)Bind(statement, 4, id.component);
-    (void)Bind(statement, 5, schema->GetVersion());
-    (void)Bind(statement, 6, text);
-    if (DBStore::ExecuteStmt(run.connection, statement, nullptr, nullptr, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Write user config failed");
-    }
+    RunOrThrow(run.connection, Statements::UPSERT_USER_CONFIG, "Write user config failed",
+               {instanceId, id.name, id.group, id.component, schema->GetVersion(), text});
 }
 
 void WriteObject(const BootDocumentRun& run, const SchemaObjectId& id, const SchemaObjectPtr& schema, JsonValue& value)
@@ -102,7 +76,8 @@ void ApplyObject(const BootDocumentRun& run, const SchemaObjectId& id, JsonValue
         return;
     }
     if (schema->HasMutableDefaultConfig()) {
-        DeleteObjectRows(run.connection, id);
+        RunOrThrow(run.connection, Statements::DELETE_OBJECT_ROWS, "Delete mutable default config failed",
+                   {id.name, id.group, id.component});
     }
     WriteObject(run, id, schema, value);
 }

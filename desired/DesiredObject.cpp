@@ -24,20 +24,20 @@ constexpr const char* PORT_BINDING[] = {"switch_uuid", "port_key", "connection_c
 
 int ParseUserValue(void* context, int columns, char** values, char**)
 {
-    if (columns == 1 && values[0] != nullptr) {
-        // A text that does not parse leaves null, which is refused with every other value that is no object.
-        (void)ConfigStoreDocument::ParseText(values[0], *static_cast<JsonDocument*>(context));
+    JsonDocument parsed;
+    // What does not parse counts as no row: it holds no port that could be preserved.
+    if (columns == 1 && values[0] != nullptr && ConfigStoreDocument::ParseText(values[0], parsed)) {
+        static_cast<JsonDocument*>(context)->Swap(parsed);
     }
     return 0;
 }
 
-/// The user value of a live adapter; an empty object when there is none.
+/// The user value of a live adapter; an empty object when there is none that parses.
 JsonDocument ReadLiveOrvnic(const DBStore::ConnectionPtr& connection, const std::string& instanceId)
 {
     JsonDocument live(rapidjson::kObjectType);
-    if (!RunStatement(connection, Statements::SELECT_LIVE_ORVNIC, {instanceId}, ParseUserValue, &live)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Read orvnic configuration failed");
-    }
+    RunOrThrow(connection, Statements::SELECT_LIVE_ORVNIC, "Read orvnic configuration failed", {instanceId},
+               ParseUserValue, &live);
     if (!live.IsObject()) {
         throw ConfigStoreException(CS_ERROR_OPERATION, "Orvnic configuration is invalid.");
     }
@@ -83,10 +83,8 @@ void ProcessDesiredObject(JsonAllocator& allocator, const std::shared_ptr<DBStor
     }
     std::string text;
     ConfigStoreDocument::SerializeValue(value, text);
-    if (!RunStatement(connection, Statements::STAGE_INSTANCE,
-                      {instanceId, key, group, component, version, text, BOOT_ACTION_SET})) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Write desired config failed");
-    }
+    RunOrThrow(connection, Statements::STAGE_INSTANCE, "Write desired config failed",
+               {instanceId, key, group, component, version, text, BOOT_ACTION_SET});
 }
 
 void ProcessDesiredInstances(JsonAllocator& allocator, const std::shared_ptr<DBStore::StoreConnection>& connection,

@@ -76,11 +76,9 @@ std::string PrincipalOf(const LiveRow& row)
 
 void StagePermission(const DBStore::ConnectionPtr& connection, const std::string& version, const LiveRow& row)
 {
-    if (!RunStatement(connection, Statements::STAGE_PERMISSION,
-                      {row.identifier, PERMISSIONS, PERMISSIONS_GROUP, HOST_COMPONENT, version, row.userValue,
-                       row.vitalValue, BOOT_ACTION_SET})) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to preserve solution permission.");
-    }
+    RunOrThrow(connection, Statements::STAGE_PERMISSION, "Failed to preserve solution permission.",
+               {row.identifier, PERMISSIONS, PERMISSIONS_GROUP, HOST_COMPONENT, version, row.userValue, row.vitalValue,
+                BOOT_ACTION_SET});
 }
 
 void PreservePermissions(const DBStore::ConnectionPtr& connection, const std::string& version,

@@ -44,11 +44,9 @@ void PreserveSwitch(const DBStore::ConnectionPtr& connection, const std::string&
     CSLogger::Log(CSLogger::INFO, "Preserve Gnx[%s] user-config=%s, vital-data=%s", Shown(row.identifier),
                   Shown(row.userValue), Shown(row.vitalValue));
     const std::string value = ReducedSwitch(row);
-    if (!RunStatement(connection, Statements::STAGE_PRESERVED_ROW,
-                      {row.identifier, SWITCHES, SWITCHES_GROUP, HOST_COMPONENT, version, value, row.vitalValue,
-                       BOOT_ACTION_SET})) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to preserve GNX configruation.");
-    }
+    RunOrThrow(
+        connection, Statements::STAGE_PRESERVED_ROW, "Failed to preserve GNX configruation.",
+        {row.identifier, SWITCHES, SWITCHES_GROUP, HOST_COMPONENT, version, value, row.vitalValue, BOOT_ACTION_SET});
     CSLogger::Log(CSLogger::INFO, "Successfully preserved Gnx[%s] configuration", Shown(row.identifier));
 }
 
@@ -73,19 +71,14 @@ void StageDefaults(const DBStore::ConnectionPtr& connection, const SchemaObjectI
         }
         sql.back() = ')';
     }
-    if (!RunStatement(connection, sql, texts)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION,
-                                   "Failed to insert default configuration to desired config table");
-    }
+    RunOrThrow(connection, sql, "Failed to insert default configuration to desired config table", texts);
 }
 }  // namespace
 
 std::vector<LiveRow> SelectLiveRows(const DBStore::ConnectionPtr& connection, const char* sql, const char* failure)
 {
     std::vector<LiveRow> rows;
-    if (!RunStatement(connection, sql, {}, CollectRow, &rows)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, failure);
-    }
+    RunOrThrow(connection, sql, failure, {}, CollectRow, &rows);
     return rows;
 }
 
@@ -96,9 +89,7 @@ const char* Shown(const std::optional<std::string>& text)
 
 void PreserveNetwork(const DBStore::ConnectionPtr& connection)
 {
-    if (!RunStatement(connection, Statements::STAGE_LIVE_NETWORK)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to preserve current GNX networking configuration.");
-    }
+    RunOrThrow(connection, Statements::STAGE_LIVE_NETWORK, "Failed to preserve current GNX networking configuration.");
     CSLogger::Log(CSLogger::INFO, "Successfully preserved network configuration.");
 }
 
@@ -128,9 +119,7 @@ void StageMutableDefaults(const DBStore::ConnectionPtr& connection, const Schema
 
 void PreserveAgentOptions(const DBStore::ConnectionPtr& connection)
 {
-    if (!RunStatement(connection, Statements::STAGE_LIVE_AGENT_OPTIONS)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to preserve BRX user-var advanced options");
-    }
+    RunOrThrow(connection, Statements::STAGE_LIVE_AGENT_OPTIONS, "Failed to preserve BRX user-var advanced options");
     CSLogger::Log(CSLogger::INFO, "Successfully preserved BRX user-var advanced options.");
 }
 }  // namespace NimbConfigStore

@@ -67,9 +67,8 @@ void StageValues(JsonDocument& desired, const DBStore::ConnectionPtr& connection
 
 void StageUnmentionedObjects(const DBStore::ConnectionPtr& connection)
 {
-    if (!RunStatement(connection, Statements::STAGE_UNMENTIONED_SHARED)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to initialize the configuration for smartnic.");
-    }
+    RunOrThrow(connection, Statements::STAGE_UNMENTIONED_SHARED,
+               "Failed to initialize the configuration for smartnic.");
 }
 }  // namespace
 

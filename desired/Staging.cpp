@@ -7,9 +7,7 @@ namespace NimbConfigStore
 {
 void EmptyStaging(const DBStore::ConnectionPtr& connection)
 {
-    if (!RunStatement(connection, Statements::EMPTY_STAGING)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to cleanup desired configuration.");
-    }
+    RunOrThrow(connection, Statements::EMPTY_STAGING, "Failed to cleanup desired configuration.");
 }
 
 bool StageAction(const DBStore::ConnectionPtr& connection, const NimbSchemaStore::SchemaObjectId& id,

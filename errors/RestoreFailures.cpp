@@ -3,6 +3,7 @@
 
 #include "ConfigStoreException.h"
 #include "NimbConfigStore.h"
+#include "RunStatement.h"
 #include "StoreConnection.h"
 #include "StoreStatements.h"
 #include "StoreTransaction.h"
@@ -42,12 +43,9 @@ std::vector<FailureRecord> GetBootTimeRestoreFailures()
     if (!schemas.IsAttached()) {
         throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to attach schema store");
     }
-    const DBStore::StatementPtr select =
-        DBStore::internal::Prepare(store, Statements::SELECT_RESTORE_FAILURES, DBStore::WAIT_LIMIT_MS);
     std::vector<FailureRecord> failures;
-    if (DBStore::ExecuteStmt(store, select, CollectFailure, &failures, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to read from config store.");
-    }
+    RunOrThrow(store, Statements::SELECT_RESTORE_FAILURES, "Failed to read from config store.", {}, CollectFailure,
+               &failures);
     return failures;
 }
 }  // namespace NimbConfigStore

@@ -1,5 +1,6 @@
 #include "SysAlert.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "CSLogger.h"
@@ -20,6 +21,7 @@ void SetLSSysAlert(std::string text)
     if (text.size() > LONGEST_WHOLE_ALERT) {
         text.resize(CUT_ALERT);
     }
+    std::replace(text.begin(), text.end(), '\0', '?');  // the kernel takes the text up to its first NUL
     const ParamListPtr input(ZEL_ParamListCreate(0, 1), ZEL_ParamListDestroy);
     if (input == nullptr) {
         CSLogger::Log(CSLogger::ERROR, "Failed to raise sysAlert. Failed to create zel param list.");

@@ -1,11 +1,10 @@
 #include "XmlFile.h"
 
 #include <libxml/hash.h>
+#include <unistd.h>
 
-#include <climits>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
+#include <unordered_map>
 
 #include "HostUtil.h"
 
@@ -32,21 +31,26 @@ bool DeclaresGrowingEntities(const xmlDoc& document)
     return refused;
 }
 
+struct XPathExpressionDeleter
+{
+    void operator()(xmlXPathCompExprPtr expression) const { xmlXPathFreeCompExpr(expression); }
+};
+using XPathExpression = std::unique_ptr<xmlXPathCompExpr, XPathExpressionDeleter>;
+
 void Silence(void*, xmlErrorPtr) {}
 }  // namespace
 
 XmlDocument ParseXmlFile(const std::string& path)
 {
-    // From memory: given a name, the parser would take "%20" in it for a blank, unpack compressed files and print
-    // what it cannot read.
-    std::ostringstream content;
-    content << std::ifstream(HostPath(path), std::ios::binary).rdbuf();
-    const std::string text = content.str();
-    if (text.size() > INT_MAX) {
+    // By descriptor: given a name, the parser would take "%20" in it for a blank, unpack compressed files, print what
+    // it cannot read, and wait for a pipe.
+    const int descriptor = HostOpenRegular(path);
+    if (descriptor < 0) {
         return nullptr;
     }
-    XmlDocument document(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr,
-                                       XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+    XmlDocument document(
+        xmlReadFd(descriptor, nullptr, nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+    close(descriptor);
     if (document != nullptr && DeclaresGrowingEntities(*document)) {
         return nullptr;
     }
@@ -62,9 +66,25 @@ XPathContext NewXPathContext(xmlDocPtr document)
     return context;
 }
 
+namespace
+{
+/// Compiled once: the same few expressions read every descriptor of an image. Null when it does not compile, of which
+/// @p context prints nothing.
+xmlXPathCompExprPtr Compiled(const std::string& expression, xmlXPathContextPtr context)
+{
+    thread_local std::unordered_map<std::string, XPathExpression> compiled;
+    XPathExpression& entry = compiled[expression];
+    if (entry == nullptr) {
+        entry.reset(xmlXPathCtxtCompile(context, reinterpret_cast<const xmlChar*>(expression.c_str())));
+    }
+    return entry.get();
+}
+}  // namespace
+
 XPathResult EvaluateXPath(const std::string& expression, xmlXPathContextPtr context)
 {
-    XPathResult result(xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expression.c_str()), context));
+    const xmlXPathCompExprPtr compiled = Compiled(expression, context);
+    XPathResult result(compiled != nullptr ? xmlXPathCompiledEval(compiled, context) : nullptr);
     if (result == nullptr) {
         throw std::runtime_error("Cannot allocate memory for xpath operation.");
     }

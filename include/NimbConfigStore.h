@@ -35,6 +35,13 @@ enum BOOTMODE : int
     BOOTMODE_HOSTAPI = 4,         ///< the staged changes of single objects
 };
 
+/// Mounts the ramdisks of the store and of its backup, and has the store's warn at 80 percent of its memory and fail at
+/// 90. Called once per boot, before LoadStore, on a host whose store lives in memory.
+/// @return 0.
+/// @throws ConfigStoreException 2000 when a ramdisk cannot be mounted (its mount point must exist, with nothing mounted
+///         there) or the kernel refuses the limits; what was mounted before stays mounted.
+int SetupStoreRamDisk();
+
 /// Brings the store into service; called once per boot, before host services use it. Logs to "configstore-boot".
 /// @param restore  restore the databases from their backups first, and create what is missing.
 /// @return 0 when the sequence ran to its end (single steps may have failed: they are logged and raised as events),
@@ -42,8 +49,10 @@ enum BOOTMODE : int
 int LoadStore(bool restore);
 
 /// Opens and closes the period of the boot in which automatic configuration may write. Never fail visibly.
+/// @{
 void StartAutoConf();
 void EndAutoConf();
+/// @}
 /// True between the two. @throws ConfigStoreException when the store cannot be read.
 bool IsAutoConf();
 
@@ -65,8 +74,10 @@ int SetLiveInstallBoot(const char* status);
 void CleanupBootState();
 
 /// Free text kept for the installer. An unset text reads as empty.
+/// @{
 void SetInstallInfo(const std::string& info);
 std::string GetInstallInfo();
+/// @}
 
 /// UUID of the file system the host booted from.
 /// @param checkInterface  make sure first that the kernel information interface is usable.
@@ -108,12 +119,12 @@ bool ProcessDefaultConfiguration(bool nimbio);
 
 // ---- JSON documents -----------------------------------------------------------------------------------------------
 
-/// One step of a path into a document: a member, and for an array member the element whose @ref key has @ref value.
+/// One step of a path into a document: a member and, where that is an array, the element whose @p key is @p value.
 struct JsonNode
 {
-    const char* name = nullptr;
-    const char* key = nullptr;
-    std::string value{};
+    const char* name = nullptr;  ///< of the member
+    const char* key = nullptr;   ///< member of the element that tells it from the others
+    std::string value{};         ///< what that member holds
 };
 
 /// A parsed document and the pool that owns its values; values stay valid as long as someone holds it.
@@ -125,12 +136,12 @@ public:
     JsonDoc(const JsonDoc&) = delete;
     JsonDoc& operator=(const JsonDoc&) = delete;
 
-    /// The value that @ref path leads to; the root when it is empty.
+    /// The value that @p path leads to; the root when it is empty.
     /// @throws ConfigStoreException 2000 when a member or element is missing, 1082 when an element lacks the key.
     rapidjson::Value* GetJsonValuePtr();
 
-    std::vector<JsonNode> path;
-    std::shared_ptr<rapidjson::Document> document;
+    std::vector<JsonNode> path;                                     ///< for GetJsonValuePtr
+    std::shared_ptr<rapidjson::Document> document;                  ///< never null
     std::shared_ptr<rapidjson::Document::AllocatorType> allocator;  ///< new values must be allocated here
 };
 
@@ -199,6 +210,7 @@ std::unordered_map<std::string, std::vector<std::string>> GetBrevFiles();
 /// @throws std::runtime_error when the image database cannot be read.
 std::vector<std::string> FilterStickyBitFiles(const std::vector<std::string>& files);
 
+/// The file that tracks one kind of files.
 enum class FileType : int
 {
     Backup = 0,     ///< "/var/run/talvor/files/backup-list"
@@ -221,12 +233,27 @@ rapidjson::Document getBootApplyRecord();
 /// A row that the boot did not restore.
 struct FailureRecord
 {
-    std::string component;
-    std::string configGroup;
-    std::string name;
+    std::string component;    ///< of its object
+    std::string configGroup;  ///< of its object
+    std::string name;         ///< the object's key
 };
 /// One record per row: two instances of one object give two.
 std::vector<FailureRecord> GetBootTimeRestoreFailures();
+
+/// Size of the config store: the characters of all values of one kind, and the number of rows.
+/// @throws ConfigStoreException 2000 when the store cannot be opened or read, std::out_of_range when the number is
+///         greater than an int holds.
+/// @{
+int GetVitalConfigSize();
+int GetUserConfigSize();
+int GetCachedConfigSize();
+int GetConfigRowCount();
+/// @}
+
+/// The characters of every row's values, one text per row in the store's order:
+/// "COMPONENT,GROUP,KEY,VITAL,USER,CACHED"; a value that the row does not have counts 0.
+/// @throws ConfigStoreException 2000 when the store cannot be opened or read.
+std::vector<std::string> GetConfigMetrics();
 }  // namespace NimbConfigStore
 
 #pragma GCC visibility pop

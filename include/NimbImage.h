@@ -16,9 +16,9 @@ namespace NimbImage
 /// One installed brev.
 struct BrevInfo
 {
-    std::string name;
-    std::string version;
-    std::string vendor;
+    std::string name;                   ///< as its descriptor says, like the next two
+    std::string version;                ///< e.g. "1.6.0_1.0"
+    std::string vendor;                 ///< first part of the identifier
     bool restrictStickyFiles = false;   ///< changed files that it delivered do not persist
     std::string schemaId;               ///< of the configuration schema that it ships; empty when it ships none
     std::vector<std::string> payloads;  ///< names of the tardisks that carry its files, in profile order

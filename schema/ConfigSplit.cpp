@@ -15,19 +15,31 @@ bool IsUser(const char* className)
     return std::string_view(className) == "user";
 }
 
+/// Null when @p object is none, or has no such member.
+const JsonValue* Find(const JsonValue& object, const char* name)
+{
+    if (!object.IsObject()) {
+        return nullptr;
+    }
+    const auto member = object.FindMember(name);
+    return member != object.MemberEnd() ? &member->value : nullptr;
+}
+
 bool IsTrue(const JsonValue& schema, const char* mark)
 {
-    return ConfigStoreDocument::ValueExists(schema, mark) && schema[mark].GetBool();
+    const JsonValue* value = Find(schema, mark);
+    return value != nullptr && value->GetBool();
 }
 
 const JsonValue& PropertySchema(const JsonValue& schema, const JsonValue& name)
 {
     static const JsonValue UNMARKED(rapidjson::kObjectType);
-    if (!ConfigStoreDocument::ValueExists(schema, "properties")) {
+    const JsonValue* properties = Find(schema, "properties");
+    if (properties == nullptr) {
         return UNMARKED;
     }
-    const auto property = schema["properties"].FindMember(name);
-    return property != schema["properties"].MemberEnd() ? property->value : UNMARKED;
+    const auto property = properties->FindMember(name);
+    return property != properties->MemberEnd() ? property->value : UNMARKED;
 }
 
 /// An object that holds nothing but its instance identifier carries nothing of the class.
@@ -85,14 +97,13 @@ bool ProcessArray(JsonValue& array, const JsonValue& itemSchema, const char* cla
 }
 }  // namespace
 
-std::map<std::string, JsonDocument> SplitConfig(const JsonValue& value, const JsonValue& schema)
+std::map<std::string, JsonValue> SplitConfig(const JsonValue& value, const JsonValue& schema, JsonAllocator& allocator)
 {
-    std::map<std::string, JsonDocument> parts;
+    std::map<std::string, JsonValue> parts;
     for (const char* className : CLASSES) {
-        const auto part = parts.try_emplace(className).first;
-        part->second.CopyFrom(value, part->second.GetAllocator());
-        if (!ProcessConfig(part->second, schema, className)) {
-            parts.erase(part);
+        JsonValue part(value, allocator);
+        if (ProcessConfig(part, schema, className)) {
+            parts.emplace(className, std::move(part));
         }
     }
     return parts;

@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <cstdlib>
 #include <set>
 
@@ -13,6 +14,7 @@
 #include "JsonValidator.h"
 #include "NimbConfigStore.h"
 #include "NimbSchemaStore.h"
+#include "RunStatement.h"
 #include "SchemaFiles.h"
 #include "StoreConnection.h"
 #include "StorePaths.h"
@@ -28,6 +30,9 @@ using NimbSchemaStore::SchemaObjectPtr;
 
 const std::set<int> RULES{JsonValidator::RULE_TYPES, JsonValidator::RULE_PRESENCE, JsonValidator::RULE_VALUES,
                           JsonValidator::RULE_ARRAYS, JsonValidator::RULE_MEMBERS};
+
+// Enough for the parts of most instances; the pool grows by as much for larger ones.
+constexpr std::size_t PARTS_BYTES = 4096;
 
 /// What one rebuild of the table works with.
 struct DefaultConfigRun
@@ -55,7 +60,7 @@ struct DefaultEntry
     std::vector<DefaultRow> rows;
 };
 
-std::optional<std::string> PartText(const std::map<std::string, JsonDocument>& parts, const char* className)
+std::optional<std::string> PartText(const std::map<std::string, JsonValue>& parts, const char* className)
 {
     const auto part = parts.find(className);
     if (part == parts.end()) {
@@ -68,7 +73,9 @@ std::optional<std::string> PartText(const std::map<std::string, JsonDocument>& p
 
 DefaultRow MakeRow(const std::string& identifier, const JsonValue& instance, const SchemaObjectPtr& schema)
 {
-    const std::map<std::string, JsonDocument> parts = SplitConfig(instance, schema->GetInstanceSchema());
+    alignas(std::max_align_t) char memory[PARTS_BYTES];
+    JsonAllocator allocator(memory, sizeof memory, sizeof memory);
+    const std::map<std::string, JsonValue> parts = SplitConfig(instance, schema->GetInstanceSchema(), allocator);
     return {identifier, PartText(parts, "user"), PartText(parts, "vital"), PartText(parts, "cached")};
 }
 
@@ -159,19 +166,9 @@ DefaultEntry ReadEntry(JsonValue& element, JsonAllocator& allocator, const Defau
 
 void WriteRow(const DefaultEntry& entry, const DefaultRow& row, const DBStore::ConnectionPtr& connection)
 {
-    using DBStore::internal::Bind;
-    const DBStore::StatementPtr statement =
-        DBStore::internal::Prepare(connection, Statements::UPSERT_DEFAULT_CONFIG, DBStore::WAIT_LIMIT_MS);
-    // A failed bind makes the execution fail.
-    (void)Bind(statement, 1, entry.id.component);
-    (void)Bind(statement, 2, entry.id.group);
-    (void)Bind(statement, 3, entry.id.name);
-    (void)Bind(statement, 4, row.identifier);
-    (void)Bind(statement, 5, row.user);
-    (void)Bind(statement, 6, row.vital);
-    (void)Bind(statement, 7, row.cached);
-    (void)Bind(statement, 8, entry.version);
-    if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
+    if (!RunStatement(connection, Statements::UPSERT_DEFAULT_CONFIG,
+                      {entry.id.component, entry.id.group, entry.id.name, row.identifier, row.user, row.vital,
+                       row.cached, entry.version})) {
         const std::string text =
             Format("Failed to write default config for %s/%s", entry.id.toString().c_str(), row.identifier.c_str());
         CSLogger::Log(CSLogger::ERROR, "%s", text.c_str());
@@ -237,15 +234,6 @@ bool ProcessFiles(std::list<SchemaFile>& files, const DefaultConfigRun& run)
     return succeeded;
 }
 
-void EmptyDefaultConfig(const DBStore::ConnectionPtr& connection)
-{
-    const DBStore::StatementPtr statement =
-        DBStore::internal::Prepare(connection, Statements::EMPTY_DEFAULT_CONFIG, DBStore::WAIT_LIMIT_MS);
-    if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to cleanup default config");
-    }
-}
-
 bool RebuildDefaultConfig(bool nimbio)
 {
     RemoveDefaultConfigErrors();
@@ -262,7 +250,7 @@ bool RebuildDefaultConfig(bool nimbio)
     if (!transaction.IsOpen()) {
         throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to begin default config transaction");
     }
-    EmptyDefaultConfig(run.connection);
+    RunOrThrow(run.connection, Statements::EMPTY_DEFAULT_CONFIG, "Failed to cleanup default config");
     const bool succeeded = ProcessFiles(files, run);
     if (!transaction.Commit()) {
         throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to commit default config");

@@ -2,7 +2,7 @@
 
 #include <dirent.h>
 
-#include <regex>
+#include <array>
 #include <stdexcept>
 #include <string_view>
 #include <unordered_set>
@@ -21,7 +21,6 @@ namespace
 {
 constexpr std::string_view SUFFIX = ".json";
 
-// Regular expressions are matched recursively, a few stack frames for each character.
 constexpr std::size_t MAX_ID_LENGTH = 512;
 
 struct CloseDirectory
@@ -56,6 +55,59 @@ SchemaIdMap MapIdentifiers(const std::list<SchemaFile>& files)
         }
     }
     return map;
+}
+
+// Versions are read by hand: a regular expression takes a hundred times as long, for every file of a host.
+
+bool Take(std::string_view& text, char expected)
+{
+    const bool stands = !text.empty() && text[0] == expected;
+    text.remove_prefix(stands ? 1 : 0);
+    return stands;
+}
+
+/// Empty when @p text does not begin with a digit.
+std::string_view TakeDigits(std::string_view& text)
+{
+    const std::string_view digits = text.substr(0, text.find_first_not_of("0123456789"));
+    text.remove_prefix(digits.size());
+    return digits;
+}
+
+/// \d+(\.\d+)+_\d+(\.\d+)*
+bool IsVersion(std::string_view text)
+{
+    const auto takeNumbers = [&text] {
+        std::size_t count = 0;
+        do {
+            if (TakeDigits(text).empty()) {
+                return std::size_t{0};
+            }
+            ++count;
+        } while (Take(text, '.'));
+        return count;
+    };
+    return takeNumbers() >= 2 && Take(text, '_') && takeNumbers() >= 1 && text.empty();
+}
+
+using VersionTexts = std::array<std::string_view, 5>;
+
+/// The first (\d+)\.(\d+)\.(\d+)_(\d+)\.(\d+) that stands behind a hyphen.
+std::optional<VersionTexts> FirstVersion(std::string_view id)
+{
+    constexpr std::string_view SEPARATORS = "-.._.";
+    for (std::size_t hyphen = id.find('-'); hyphen != std::string_view::npos; hyphen = id.find('-', hyphen + 1)) {
+        std::string_view rest = id.substr(hyphen);
+        VersionTexts texts;
+        std::size_t taken = 0;
+        while (taken < texts.size() && Take(rest, SEPARATORS[taken]) && !(texts[taken] = TakeDigits(rest)).empty()) {
+            ++taken;
+        }
+        if (taken == texts.size()) {
+            return texts;
+        }
+    }
+    return std::nullopt;
 }
 
 std::list<SchemaFile> ReadSchemaFiles(const std::list<std::string>& names, const std::string& directory)
@@ -141,22 +193,26 @@ SchemaIdMap GenerateSchemaIdMap(const std::list<std::string>& files, const std::
 
 std::string ExtractSchemaNameFromSchemaId(const std::string& id)
 {
-    static const std::regex form(R"((.*)-\d+(\.\d+)+_\d+(\.\d+)*)");
-    std::smatch parts;
-    return id.size() <= MAX_ID_LENGTH && std::regex_match(id, parts, form) ? parts[1].str() : "";
+    // A version holds no hyphen, so that only the last one can stand before it.
+    const std::size_t hyphen = id.rfind('-');
+    if (id.size() > MAX_ID_LENGTH || hyphen == std::string::npos) {
+        return "";
+    }
+    const std::string name = id.substr(0, hyphen);
+    return IsVersion(std::string_view(id).substr(hyphen + 1)) && name.find_first_of("\r\n") == std::string::npos ? name
+                                                                                                                 : "";
 }
 
 SchemaVersion ExtractVersion(const SchemaIdMap& map, const std::string& file, const std::string& directory)
 {
-    static const std::regex form(R"(-(\d+)\.(\d+)\.(\d+)_([\d]+)\.([\d]+))");
     const std::string& id = map.at(PathOf(directory, file));
-    std::smatch parts;
-    if (id.size() > MAX_ID_LENGTH || !std::regex_search(id, parts, form)) {
+    const std::optional<VersionTexts> texts = id.size() <= MAX_ID_LENGTH ? FirstVersion(id) : std::nullopt;
+    if (!texts) {
         return {};
     }
-    const auto number = [&parts](std::size_t group) { return std::stoi(parts[group].str()); };
+    const auto number = [&texts](std::size_t index) { return std::stoi(std::string((*texts)[index])); };
     try {
-        return {number(1), number(2), number(3), number(4), number(5)};
+        return {number(0), number(1), number(2), number(3), number(4)};
     } catch (const std::out_of_range&) {
         throw std::out_of_range("stoi: " + PathOf(directory, file));
     }

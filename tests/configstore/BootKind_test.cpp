@@ -6,6 +6,7 @@
 
 #include "NimbConfigStore.h"
 #include "StoreFault.h"
+#include "StoreFiles.h"
 #include "TestHost.h"
 #include "Thrown.h"
 
@@ -16,7 +17,6 @@ using ::testing::IsEmpty;
 namespace
 {
 constexpr const char* UUID = "5f0d6f4e-7a64-4c0e-9d6e-0c3a5b1f2a11";
-constexpr const char* OTHER_UUID = "0b1c2d3e-4f50-4a61-8b72-9c83ad94be05";
 
 class BootKindTest : public HostTest
 {
@@ -183,7 +183,7 @@ TEST_F(BootKindTest, AStoreThatIsMissingOrUnreadableEndsTheDetection)
         EXPECT_EQ(ThrownBy(HasBootbankChanged), "2000 Failed to read value for key BOOT_FS_UUID");
         EXPECT_EQ(ThrownBy(IsUpgrade), "2000 Failed to read value for key POST_LIVE_INSTALL_BOOT");
     }
-    Host().Remove("/etc/talvor/configstore/current-store-1");
+    Host().Remove(STORE);
     EXPECT_EQ(ThrownBy(HasBootbankChanged), "2000 Failed to connect to database.");
     EXPECT_EQ(ThrownBy(IsUpgrade), "2000 Failed to connect to database.");
 }

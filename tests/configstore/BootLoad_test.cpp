@@ -5,6 +5,7 @@
 #include "CSLogger.h"
 #include "NimbConfigStore.h"
 #include "StoreFault.h"
+#include "StoreFiles.h"
 
 using NimbConfigStore::LoadStore;
 using ::testing::AllOf;
@@ -16,12 +17,6 @@ using ::testing::Not;
 
 namespace
 {
-constexpr const char* STORE = "/etc/talvor/configstore/current-store-1";
-constexpr const char* BACKUP = "/var/lib/talvor/configstore/backup/current-store-1";
-constexpr const char* DATAFILE_STORE = "/etc/talvor/configstore/datafile-store";
-constexpr const char* BOOT_DOCUMENT = "/etc/talvor/boot_configuration.json";
-constexpr const char* ERRORS = "/var/run/talvor/files/loadStoreErrors.json";
-constexpr const char* OTHER_UUID = "0b1c2d3e-4f50-4a61-8b72-9c83ad94be05";
 
 class BootLoadTest : public BootHostTest
 {
@@ -96,7 +91,7 @@ TEST_F(BootLoadTest, AMissingDataFileBackupLeavesTheBootModeAsItWas)
     StageRow("network/dns", "", R"({"hostname": "staged"})");
     SetKey("BOOT_MODE", "1");
     SaveBackup();
-    Host().Remove("/var/lib/talvor/configstore/backup/datafile-store");
+    Host().Remove(DATAFILE_BACKUP);
     EXPECT_EQ(LoadStore(true), 0);
     EXPECT_EQ(UserValue("network/dns"), R"({"hostname": "staged"})");
     EXPECT_EQ(Host().KeyValue("BOOT_INFO"), R"({"type":1})");
@@ -164,7 +159,7 @@ TEST_F(BootLoadTest, FilesWithoutSchemaGoAndEarlierErrorsBecomeAlerts)
 {
     Host().WriteFile("/var/run/nonSchemaFiles", "etc/x.conf etc/declared.conf").WriteFile("/etc/x.conf", "");
     Host().WriteFile("/etc/declared.conf", "");
-    Host().WriteFile(ERRORS, R"({"zubs": [{"zubMsg": "disk %s full on %s", "zubArgs": ["a", "b"]}]})");
+    Host().WriteFile(EARLIER_ERRORS, R"({"zubs": [{"zubMsg": "disk %s full on %s", "zubArgs": ["a", "b"]}]})");
     EXPECT_EQ(LoadStore(false), 0);
     EXPECT_FALSE(Host().Exists("/etc/x.conf"));
     EXPECT_TRUE(Host().Exists("/etc/declared.conf"));
@@ -196,7 +191,7 @@ TEST_F(BootLoadTest, AFailedLoadLeavesItsLogOpenAndTheRecordUncleared)
 TEST_F(BootLoadTest, AnErrorFileOfWrongTypesEndsTheLoadAfterItsWork)
 {
     SetKey("BOOT_APPLY_RESULT", "old");
-    Host().WriteFile(ERRORS, R"({"zubs": [7]})");
+    Host().WriteFile(EARLIER_ERRORS, R"({"zubs": [7]})");
     EXPECT_EQ(LoadStore(false), 1);
     EXPECT_THAT(Host().Events().back().text, HasSubstr("Generic ConfigStore Failure: JSON error:"));
     EXPECT_THAT(Host().Log(), Contains("info LoadStore End."));
@@ -206,7 +201,7 @@ TEST_F(BootLoadTest, AnErrorFileOfWrongTypesEndsTheLoadAfterItsWork)
 
 TEST_F(BootLoadTest, AnErrorWithMoreArgumentsThanPlacesEndsTheLoad)
 {
-    Host().WriteFile(ERRORS, R"({"zubs": [{"zubMsg": "text", "zubArgs": ["a"]}]})");
+    Host().WriteFile(EARLIER_ERRORS, R"({"zubs": [{"zubMsg": "text", "zubArgs": ["a"]}]})");
     EXPECT_EQ(LoadStore(false), 1);
     EXPECT_THAT(Host().Events().back().text, HasSubstr("Generic ConfigStore Failure: "));
 }

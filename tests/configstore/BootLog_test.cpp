@@ -8,6 +8,7 @@
 
 #include "BootHost.h"
 #include "NimbConfigStore.h"
+#include "StoreFiles.h"
 
 namespace fs = std::filesystem;
 
@@ -15,7 +16,6 @@ namespace fs = std::filesystem;
 // rewrites the files in golden/ instead, so that what changed shows as a difference in review.
 namespace
 {
-constexpr const char* OTHER_UUID = "0b1c2d3e-4f50-4a61-8b72-9c83ad94be05";
 
 class BootLogTest : public BootHostTest
 {
@@ -24,8 +24,7 @@ protected:
     {
         AddRow("network/dns", "", R"({"hostname": "host-7"})");
         AddRow("network/vswitch", "vSwitch0", R"({"name": "vSwitch0"})");
-        Host().WriteFile("/etc/talvor/boot_configuration.json",
-                         R"({"nimb": {"network": {"dns": {"hostname": "fresh"}}, "system": 7}})");
+        Host().WriteFile(BOOT_DOCUMENT, R"({"nimb": {"network": {"dns": {"hostname": "fresh"}}, "system": 7}})");
     }
 
     // Boots from a backup of the stores as they stand and compares the boot's log with golden/NAME.log.
@@ -146,8 +145,8 @@ TEST_F(BootLogTest, OfADebugUpgrade)
 TEST_F(BootLogTest, OfADamagedBackup)
 {
     SaveBackup();
-    fs::resize_file(Host().Real("/var/lib/talvor/configstore/backup/current-store-1"), 20000);
-    Host().WriteFile("/var/lib/talvor/configstore/backup/datafile-store", "damaged");
+    fs::resize_file(Host().Real(BACKUP), 20000);
+    Host().WriteFile(DATAFILE_BACKUP, "damaged");
     BootAsIs("damaged-backup");
 }
 

@@ -11,6 +11,7 @@
 #include "NimbConfigStore.h"
 #include "StoreConnection.h"
 #include "StoreFault.h"
+#include "StoreFiles.h"
 #include "TestHost.h"
 #include "Thrown.h"
 
@@ -115,7 +116,7 @@ TEST_F(NoStoreTest, AutomaticConfigurationIsSilentWithoutAStoreButAskingForItThr
     EXPECT_NO_THROW(EnableTrelldNotification(true));
     EXPECT_EQ(ThrownBy(IsAutoConf), "2000 Failed to read value for key IS_BOOT");
     EXPECT_THAT(Host().Log(), Contains("info ConfigStore autoconf start"));
-    EXPECT_THAT(Host().Log(), Contains(HasSubstr("/etc/talvor/configstore/current-store-1")));
+    EXPECT_THAT(Host().Log(), Contains(HasSubstr(STORE)));
 }
 
 TEST_F(BootStateTest, TrelldNotificationIsWrittenThenLogged)
@@ -207,7 +208,7 @@ TEST_F(NoStoreTest, CallsThatNeedTheStoreThrowWithoutOne)
     EXPECT_EQ(ThrownBy(CleanupBootState), "2000 Failed to connect to database");
     EXPECT_EQ(ThrownBy(GetInstallInfo), "2000 Failed to connect to database.");
     EXPECT_EQ(ThrownBy([] { SetInstallInfo("text"); }), "2000 Failed to connect to database.");
-    EXPECT_FALSE(Host().Exists("/etc/talvor/configstore/current-store-1"));
+    EXPECT_FALSE(Host().Exists(STORE));
 }
 
 TEST_F(NoStoreTest, AConnectionThatIsNotRequiredIsNull)

@@ -6,6 +6,7 @@
 #include "NimbConfigStore.h"
 #include "StoreConnection.h"
 #include "StoreFault.h"
+#include "StoreFiles.h"
 #include "TestHost.h"
 #include "Thrown.h"
 
@@ -95,7 +96,7 @@ TEST_F(CleanupTest, AnAutomaticConfigurationThatCannotBeClearedThrows)
 
 TEST_F(CleanupTest, WithoutAConfigStoreThereIsNoAutomaticConfigurationToClean)
 {
-    Host().Remove("/etc/talvor/configstore/current-store-1");
+    Host().Remove(STORE);
     EXPECT_EQ(ThrownBy(CleanupAutoConfig), "nothing");
     EXPECT_THAT(Host().Log(), Contains("error Cleanup failed: could not connect to ConfigStore"));
 }
@@ -160,7 +161,7 @@ TEST_F(CleanupTest, AFolderThatIsALinkIsRemovedButNotWhatItLeadsTo)
 TEST_F(CleanupTest, WithoutAConfigStoreTheDataFileHalfStillRuns)
 {
     AddDataFile("orphan", "d", "f");
-    Host().Remove("/etc/talvor/configstore/current-store-1");
+    Host().Remove(STORE);
     CleanupStore(true);
     EXPECT_THAT(Keys(), IsEmpty());
     EXPECT_THAT(Host().Log(), Contains("error ConfigStore cleanup failed: could not connect"));
@@ -183,7 +184,7 @@ TEST_F(CleanupTest, WithoutASchemaStoreNothingIsRemoved)
 
 TEST_F(CleanupTest, WithoutADataFileStoreTheCleanupEnds)
 {
-    Host().Remove("/etc/talvor/configstore/datafile-store");
+    Host().Remove(DATAFILE_STORE);
     CleanupStore(false);
     EXPECT_THAT(Host().Log(), Contains("info Cleanup config store completed"));
     EXPECT_THAT(Host().Log(), Contains("error Datafile store cleanup failed: could not connect"));

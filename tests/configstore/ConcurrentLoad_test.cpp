@@ -1,11 +1,9 @@
 #include <gmock/gmock.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <exception>
 #include <functional>
 
 #include "BootHost.h"
+#include "ChildProcess.h"
 #include "NimbConfigStore.h"
 
 using namespace NimbConfigStore;
@@ -17,28 +15,16 @@ constexpr int ROUNDS = 5;
 class ConcurrentLoadTest : public BootHostTest
 {
 protected:
-    // Runs @p work over and over in a process of its own, which ends with 1 when it gives false or throws.
+    /// Does @p work over and over in a process of its own.
     static pid_t Repeat(const std::function<bool()>& work)
     {
-        const pid_t child = fork();
-        if (child != 0) {
-            return child;
-        }
-        try {
+        return StartProcess([&work] {
             bool succeeded = true;
             for (int round = 0; round < ROUNDS; ++round) {
                 succeeded = work() && succeeded;
             }
-            _exit(succeeded ? 0 : 1);
-        } catch (const std::exception&) {
-            _exit(1);
-        }
-    }
-
-    static bool Succeeded(pid_t child)
-    {
-        int status = 0;
-        return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+            return succeeded;
+        });
     }
 };
 

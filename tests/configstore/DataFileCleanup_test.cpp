@@ -5,6 +5,7 @@
 
 #include "NimbConfigStore.h"
 #include "StoreFault.h"
+#include "StoreFiles.h"
 #include "TestHost.h"
 #include "Thrown.h"
 
@@ -154,7 +155,7 @@ TEST_F(DataFileCleanupTest, ManyMissingFilesOfOneFolderAreRemovedTogether)
 TEST_F(DataFileCleanupTest, WithoutAStoreTheFilesStayAndTheEventIsRaised)
 {
     AddFile("d/a");
-    Host().Remove("/etc/talvor/configstore/datafile-store");
+    Host().Remove(DATAFILE_STORE);
     CleanupDataFiles();
     EXPECT_TRUE(HasFile("d/a"));
     EXPECT_THAT(Host().Log(), Contains("error Datafile store cleanup failed: could not connect"));

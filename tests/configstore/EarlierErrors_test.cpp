@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "ConfigStoreException.h"
+#include "StoreFiles.h"
 #include "TestHost.h"
 #include "Thrown.h"
 
@@ -16,14 +17,13 @@ using ::testing::StartsWith;
 
 namespace
 {
-constexpr const char* FILE_PATH = "/var/run/talvor/files/loadStoreErrors.json";
 
 class EarlierErrorsTest : public HostTest
 {
 protected:
     std::vector<std::string> AlertsOf(const std::string& content)
     {
-        Host().WriteFile(FILE_PATH, content).ClearLogs();
+        Host().WriteFile(EARLIER_ERRORS, content).ClearLogs();
         RaiseEarlierErrors();
         std::vector<std::string> texts;
         for (const RaisedEvent& event : Host().Events()) {
@@ -46,7 +46,7 @@ TEST_F(EarlierErrorsTest, EachErrorBecomesAnAlertWithItsArgumentsFilledIn)
     EXPECT_THAT(AlertsOf(R"({"zubs": [{"zubMsg": "disk %s full on %s", "zubArgs": ["a", "b"]},
                                       {"zubMsg": "plain %s"}, {"zubMsg": "one %s two %s", "zubArgs": ["1"]}]})"),
                 ElementsAre("disk a full on b", "plain %s", "one 1 two %s"));
-    EXPECT_TRUE(Host().Exists(FILE_PATH));
+    EXPECT_TRUE(Host().Exists(EARLIER_ERRORS));
 }
 
 TEST_F(EarlierErrorsTest, APlaceholderInsideAnArgumentIsText)
@@ -70,7 +70,7 @@ TEST_F(EarlierErrorsTest, ADocumentOfAnotherShapeRaisesNothing)
 TEST_F(EarlierErrorsTest, AValueOfTheWrongTypeThrowsAfterTheAlertsBeforeIt)
 {
     for (const char* bad : {"7", "[]", "null", "{}", R"({"zubMsg": 7})", R"({"zubMsg": "%s", "zubArgs": [7]})"}) {
-        Host().WriteFile(FILE_PATH, std::string(R"({"zubs": [{"zubMsg": "first"}, )") + bad + "]}").ClearLogs();
+        Host().WriteFile(EARLIER_ERRORS, std::string(R"({"zubs": [{"zubMsg": "first"}, )") + bad + "]}").ClearLogs();
         EXPECT_THAT(ThrownBy(RaiseEarlierErrors), StartsWith("1082 JSON error:")) << bad;
         EXPECT_THAT(Host().EventIds(), ElementsAre("alert")) << bad;
     }
@@ -78,15 +78,15 @@ TEST_F(EarlierErrorsTest, AValueOfTheWrongTypeThrowsAfterTheAlertsBeforeIt)
 
 TEST_F(EarlierErrorsTest, MoreArgumentsThanPlacesAreOutOfRange)
 {
-    Host().WriteFile(FILE_PATH, R"({"zubs": [{"zubMsg": "one %s", "zubArgs": ["a", "b"]}]})");
+    Host().WriteFile(EARLIER_ERRORS, R"({"zubs": [{"zubMsg": "one %s", "zubArgs": ["a", "b"]}]})");
     EXPECT_THROW(RaiseEarlierErrors(), std::out_of_range);
 }
 
 TEST_F(EarlierErrorsTest, AFileThatDoesNotParseIsNamed)
 {
     for (const std::string& content : {std::string(), std::string("{"), std::string(1 << 20, '[')}) {
-        Host().WriteFile(FILE_PATH, content);
+        Host().WriteFile(EARLIER_ERRORS, content);
         EXPECT_THROW(RaiseEarlierErrors(), NimbConfigStore::InvalidArgumentException);
-        EXPECT_THAT(ThrownBy(RaiseEarlierErrors), AllOf(StartsWith("1081"), HasSubstr(FILE_PATH)));
+        EXPECT_THAT(ThrownBy(RaiseEarlierErrors), AllOf(StartsWith("1081"), HasSubstr(EARLIER_ERRORS)));
     }
 }

@@ -5,6 +5,7 @@
 
 #include "BootHost.h"
 #include "NimbConfigStore.h"
+#include "StoreFiles.h"
 
 namespace fs = std::filesystem;
 
@@ -46,19 +47,19 @@ constexpr Outcome ORDINARY = {0, Named::NotRequired};
 constexpr Input INPUTS[] = {
     {"KernelFacts", "/etc/talvor/platform/kernel.json", FAILS, FAILS, FAILS},
     {"Features", "/etc/talvor/platform/features.json", ORDINARY, GOES_ON, GOES_ON},
-    {"Backup", "/var/lib/talvor/configstore/backup/current-store-1", ORDINARY, GOES_ON, GOES_ON},
-    {"DataFileBackup", "/var/lib/talvor/configstore/backup/datafile-store", ORDINARY, GOES_ON, GOES_ON},
-    {"ConfigStore", "/etc/talvor/configstore/current-store-1", ORDINARY, FAILS, ORDINARY},
-    {"DataFileStore", "/etc/talvor/configstore/datafile-store", ORDINARY, GOES_ON, ORDINARY},
+    {"Backup", BACKUP, ORDINARY, GOES_ON, GOES_ON},
+    {"DataFileBackup", DATAFILE_BACKUP, ORDINARY, GOES_ON, GOES_ON},
+    {"ConfigStore", STORE, ORDINARY, FAILS, ORDINARY},
+    {"DataFileStore", DATAFILE_STORE, ORDINARY, GOES_ON, ORDINARY},
     {"SchemaStore", "/var/lib/talvor/configstore/schema-store", ORDINARY, GOES_ON, GOES_ON, true},
     {"SchemaFile", "/usr/lib/talvor/configmanager/schemas/net-core-1.0.0_1.0.json", ORDINARY, GOES_ON, GOES_ON},
     {"DefaultConfig", "/etc/talvor/default-config/net-core-1.0.0_1.0.json", ORDINARY, GOES_ON, GOES_ON},
-    {"BootDocument", "/etc/talvor/boot_configuration.json", ORDINARY, GOES_ON, GOES_ON},
+    {"BootDocument", BOOT_DOCUMENT, ORDINARY, GOES_ON, GOES_ON},
     {"ImageProfile", "/var/db/nimbimg/profiles/profile", FAILS, FAILS, FAILS},
     {"Descriptor", "/var/db/nimbimg/brevs/Talvor_bootbank_net-core_1.0.0_1.0.xml", ORDINARY, ORDINARY, FAILS},
     {"UpgradeModule", "/usr/lib/talvor/configmanager/upgrade/lib/success.so", ORDINARY, GOES_ON, GOES_ON},
     {"NonSchemaFiles", "/var/run/nonSchemaFiles", ORDINARY, GOES_ON, ORDINARY},
-    {"EarlierErrors", "/var/run/talvor/files/loadStoreErrors.json", ORDINARY, FAILS, FAILS},
+    {"EarlierErrors", EARLIER_ERRORS, ORDINARY, FAILS, FAILS},
 };
 
 enum class Damage
@@ -84,11 +85,11 @@ protected:
     {
         SetKey("BOOT_MODE", "2");
         SaveBackup();
-        Host().WithKernel({.bootFsUUID = "0b1c2d3e-4f50-4a61-8b72-9c83ad94be05"});
+        Host().WithKernel({.bootFsUUID = OTHER_UUID});
         Host().WithFeatures(R"({"schemaVersioning": true})");
-        Host().WriteFile("/etc/talvor/boot_configuration.json", R"({"nimb": {"network": {"dns": {"hostname": "b"}}}})");
+        Host().WriteFile(BOOT_DOCUMENT, R"({"nimb": {"network": {"dns": {"hostname": "b"}}}})");
         Host().WriteFile("/var/run/nonSchemaFiles", "etc/x.conf etc/declared.conf");
-        Host().WriteFile("/var/run/talvor/files/loadStoreErrors.json", R"({"zubs": [{"zubMsg": "text"}]})");
+        Host().WriteFile(EARLIER_ERRORS, R"({"zubs": [{"zubMsg": "text"}]})");
         fs::copy_file(UPGRADE_MODULES "/success.so",
                       Host().Real("/usr/lib/talvor/configmanager/upgrade/lib/success.so"));
     }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "StoreFiles.h"
 #include "TestHost.h"
 #include "Thrown.h"
 
@@ -17,11 +18,6 @@ using ::testing::IsEmpty;
 
 namespace
 {
-constexpr const char* STORE = "/etc/talvor/configstore/current-store-1";
-constexpr const char* DATAFILE_STORE = "/etc/talvor/configstore/datafile-store";
-constexpr const char* BACKUP = "/var/lib/talvor/configstore/backup/current-store-1";
-constexpr const char* FIRSTBOOT_BACKUP = "/var/lib/talvor/configstore/firstbootBackup/current-store-1";
-constexpr const char* DATAFILE_BACKUP = "/var/lib/talvor/configstore/backup/datafile-store";
 
 class RestoreBackupTest : public HostTest
 {

@@ -8,6 +8,7 @@
 #include "BootHost.h"
 #include "NimbConfigStore.h"
 #include "StoreFault.h"
+#include "StoreFiles.h"
 #include "Thrown.h"
 
 using NimbConfigStore::ApplyStagedConfiguration;
@@ -76,7 +77,7 @@ TEST_F(StagedConfigurationTest, ModeOneAppliesTheDesiredDocumentAndSaysSo)
 
 TEST_F(StagedConfigurationTest, ModeTwoAppliesTheBootDocument)
 {
-    Host().WriteFile("/etc/talvor/boot_configuration.json", R"({"nimb": {"network": {"dns": {"hostname": "boot"}}}})");
+    Host().WriteFile(BOOT_DOCUMENT, R"({"nimb": {"network": {"dns": {"hostname": "boot"}}}})");
     Apply("2");
     EXPECT_EQ(UserValue("network/dns"), R"({"hostname":"boot"})");
     EXPECT_EQ(BootInfo(), R"({"type":0})");
@@ -203,10 +204,10 @@ TEST_F(StagedConfigurationTest, AFailedDetachIsReportedAndTheApplyStands)
 
 TEST_F(StagedConfigurationTest, ABootDocumentThatDoesNotParseFailsTheApplyAndIsNamed)
 {
-    Host().WriteFile("/etc/talvor/boot_configuration.json", "{");
+    Host().WriteFile(BOOT_DOCUMENT, "{");
     Apply("2");
-    EXPECT_THAT(Host().Log(), Contains(AllOf(HasSubstr("error GenerateDesiredConfiguration failed: "),
-                                             HasSubstr("/etc/talvor/boot_configuration.json"))));
+    EXPECT_THAT(Host().Log(),
+                Contains(AllOf(HasSubstr("error GenerateDesiredConfiguration failed: "), HasSubstr(BOOT_DOCUMENT))));
     EXPECT_THAT(Host().EventIds(), ElementsAre(EVENT));
 }
 

@@ -6,6 +6,7 @@
 #include "NimbConfigStore.h"
 #include "StoreConnection.h"
 #include "StoreFault.h"
+#include "StoreFiles.h"
 #include "TestHost.h"
 #include "Thrown.h"
 
@@ -19,8 +20,7 @@ using testing::StartsWith;
 
 namespace
 {
-const std::string PATH = "/etc/talvor/boot_configuration.json";
-const std::string BEGINS = "info Processing boot document " + PATH;
+const std::string BEGINS = std::string("info Processing boot document ") + BOOT_DOCUMENT;
 const std::string ENDS = "info Boot document processed.";
 
 const char* const SCHEMAS = R"([
@@ -49,7 +49,7 @@ protected:
 
     void Apply(const std::string& document)
     {
-        Host().WriteFile(PATH, document);
+        Host().WriteFile(BOOT_DOCUMENT, document);
         Apply();
     }
 
@@ -104,11 +104,11 @@ TEST_F(BootDocumentTest, ARootOrProfileThatIsNoObjectIsRefused)
 TEST_F(BootDocumentTest, AFileThatDoesNotParseIsTheCallersMatter)
 {
     for (const std::string& content : {std::string(), std::string("{"), std::string(1 << 20, '[')}) {
-        Host().WriteFile(PATH, content);
-        EXPECT_THAT(ThrownBy([this] { Apply(); }), AllOf(StartsWith("1081 "), HasSubstr(PATH)));
+        Host().WriteFile(BOOT_DOCUMENT, content);
+        EXPECT_THAT(ThrownBy([this] { Apply(); }), AllOf(StartsWith("1081 "), HasSubstr(BOOT_DOCUMENT)));
     }
-    Host().Remove(PATH);
-    Host().MakeFolder(PATH);
+    Host().Remove(BOOT_DOCUMENT);
+    Host().MakeFolder(BOOT_DOCUMENT);
     EXPECT_THAT(ThrownBy([this] { Apply(); }), StartsWith("1081 "));
 }
 
@@ -229,7 +229,7 @@ TEST_F(BootDocumentTest, AnInstanceWithoutItsIdentifierIsSkippedWithTheReason)
 
 TEST_F(BootDocumentTest, AFailedWriteOrDeleteSkipsTheObject)
 {
-    Host().WriteFile(PATH, R"({"nimb": {"network": {"power": {"a": 1}}}})");
+    Host().WriteFile(BOOT_DOCUMENT, R"({"nimb": {"network": {"power": {"a": 1}}}})");
     {
         const StoreFault fault(SQLITE_DELETE, "Config");
         Apply();
@@ -245,7 +245,7 @@ TEST_F(BootDocumentTest, AFailedWriteOrDeleteSkipsTheObject)
 
 TEST_F(BootDocumentTest, TheCallersTransactionDecides)
 {
-    Host().WriteFile(PATH, R"({"nimb": {"network": {"dns": {"ttl": 1}}}})");
+    Host().WriteFile(BOOT_DOCUMENT, R"({"nimb": {"network": {"dns": {"ttl": 1}}}})");
     const DBStore::ConnectionPtr connection = GetDBConnection(DBStore::Type::ConfigStore, true);
     ASSERT_EQ(DBStore::BeginTransaction(connection), DBStore::SUCCESS);
     ApplyBootDocument(connection);

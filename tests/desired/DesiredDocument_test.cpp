@@ -1,7 +1,4 @@
-#include "DesiredDocument.h"
-
-#include "StagingTest.h"
-#include "StoreConnection.h"
+#include "DocumentTest.h"
 
 using namespace NimbConfigStore;
 using testing::AllOf;
@@ -15,49 +12,6 @@ using testing::StartsWith;
 
 namespace
 {
-constexpr const char* NO_SWITCHES = "info GNX objects are not getting deleted, skip GNX special-handling logic";
-constexpr const char* SOLUTION_USERS = "info Found 2 solutionInstances for id='nimb/authentication/user_accounts'";
-constexpr const char* NO_TCON =
-    "debug 'tcon' is not among the solutionInstances of id='nimb/authentication/user_accounts'";
-constexpr const char* NO_PERMISSIONS = "info Found 0 permissions in ConfigStore";
-constexpr const char* OPTIONS = "info Successfully preserved BRX user-var advanced options.";
-
-class DesiredDocumentTest : public StagingTest
-{
-protected:
-    static void Process(JsonDocument& document)
-    {
-        ProcessDesiredDocument(document, GetDBConnection(DBStore::Type::ConfigStore, true));
-    }
-
-    static void Process(const std::string& text)
-    {
-        JsonDocument document = Parsed(text);
-        Process(document);
-    }
-
-    static void ProcessNetwork(const std::string& keys) { Process(R"({"nimb": {"network": {)" + keys + "}}}"); }
-
-    static std::string Failure(const std::string& text = "{}")
-    {
-        return ThrownBy([&] { Process(text); });
-    }
-
-    void PreserveTheNetwork()
-    {
-        Host().WithFeatures(R"({"preserveNetworkConfiguration": true})");
-        Host().WriteFile("/etc/talvor/host_configuration.json", "");
-    }
-
-    void Default(const std::string& values)
-    {
-        Host().Sql(
-            "INSERT INTO DefaultConfig (Component, ConfigGroup, Name, Identifier, Value, VitalValue, CachedValue, "
-            "Version) SELECT 'nimb', *, '8' FROM (VALUES " +
-            values + ")");
-    }
-};
-
 // ---- The walk -----------------------------------------------------------------------------------------------------
 
 TEST_F(DesiredDocumentTest, EveryObjectAndInstanceIsStagedWithItsSchemasVersion)
@@ -298,6 +252,26 @@ TEST_F(MutableDefaultTest, AnAdapterThatTheDocumentMentionsInVainGetsNoDefaults)
     EXPECT_THAT(Staged(), ElementsAre("one/ {} NULL SET"));
 }
 
+TEST_F(MutableDefaultTest, AnObjectWithoutDefaultsStagesNoneAndIsLogged)
+{
+    Host().Sql("DELETE FROM DefaultConfig");
+    Process("{}");
+    EXPECT_THAT(Staged(), IsEmpty());
+    EXPECT_THAT(Host().Log(), Contains("info Processing mutableDefaultConfig schemas id = nimb/d/one"));
+}
+
+TEST_F(MutableDefaultTest, APreservedNetworkReplacesTheStepOfTheSwitchesAlone)
+{
+    PreserveTheNetwork();
+    Live(
+        "('network_gnx', 'switches', 's', '{\"mtu\":1}', 'v'), ('advanced_options', 'user_vars', 'BRX_IP', '{}', "
+        "NULL), "
+        "('authorization', 'permissions', 'p', '{\"principal\":\"druuser\"}', 'v')");
+    Process(R"({"nimb": {"d": {"many": [], "generated": []}}})");
+    EXPECT_THAT(Staged(), ElementsAre("one/x u NULL NULL", R"(permissions/p {"principal":"druuser"} v SET)",
+                                      R"(switches/s {"mtu":1} NULL SET)", "user_vars/BRX_IP {} NULL SET"));
+}
+
 TEST_F(MutableDefaultTest, DefaultsThatCannotBeStagedFailTheDocument)
 {
     const StoreFault fault(SQLITE_READ, "DefaultConfig");
@@ -316,114 +290,6 @@ TEST_F(DesiredDocumentTest, ADefaultThatMeetsAPreservedRowFailsTheDocument)
     Host().Sql("DELETE FROM DesiredUserConfig");
     EXPECT_EQ(Failure(R"({"nimb": {"network": {"orvnics": []}}})"), "nothing");
 }
-
-// ---- Permissions --------------------------------------------------------------------------------------------------
-
-TEST_F(DesiredDocumentTest, PermissionsOfSolutionUsersAreCarriedOverAndNoOthers)
-{
-    Live(
-        "('authorization', 'permissions', 'p1', '{\"principal\":\"svc-qrm-1\"}', 'v'), "
-        "('authorization', 'permissions', 'p2', '{\"principal\":\"druuser\"}', NULL), "
-        "('authorization', 'permissions', 'p3', '{\"principal\":\"root\"}', 'v'), "
-        "('authorization', 'permissions', 'p4', '{\"principal\":\"a-svc-qrm-1\"}', 'v'), "
-        "('authorization', 'permissions', 'p5', '{\"principal\":\"tcon\"}', 'v')");
-    Process("{}");
-    EXPECT_THAT(Staged(), ElementsAre(R"(permissions/p1 {"principal":"svc-qrm-1"} v SET)",
-                                      R"(permissions/p2 {"principal":"druuser"} NULL SET)"));
-    EXPECT_EQ(Host().SqlValue("SELECT DISTINCT Version FROM DesiredUserConfig"), "1.0.0_0.1");
-    EXPECT_THAT(Host().Log(), Contains("info Found 5 permissions in ConfigStore"));
-    EXPECT_THAT(Host().Log(), Contains("info Permission[p2] has user-config={\"principal\":\"druuser\"}, vital-data="));
-    EXPECT_THAT(Host().Log(), Contains("info Preserving solution-user permission for user=svc-qrm-1"));
-    EXPECT_THAT(Host().Log(), Not(Contains("info Preserving solution-user permission for user=root")));
-}
-
-TEST_F(DesiredDocumentTest, TheLivePermissionOfASolutionUserOverridesTheDocuments)
-{
-    Live(
-        "('authorization', 'permissions', 'p', '{\"principal\":\"svc-qrm-1\"}', 'v'), "
-        "('authorization', 'permissions', 'q', '{\"principal\":\"root\"}', 'v')");
-    Process(R"({"nimb": {"authorization": {"permissions": [{"id": "p", "x": 1}, {"id": "q", "x": 1}]}}})");
-    EXPECT_THAT(Staged(), ElementsAre(R"(permissions/p {"principal":"svc-qrm-1"} v SET)",
-                                      R"(permissions/q {"id":"q","x":1} NULL SET)"));
-}
-
-struct BadPermission
-{
-    const char* userValue;  // as SQL
-    const char* line;
-    const char* failure;
-};
-class BadPermissionTest : public DesiredDocumentTest, public testing::WithParamInterface<BadPermission>
-{};
-
-TEST_P(BadPermissionTest, FailsTheDocument)
-{
-    Live(
-        "('authorization', 'permissions', 'a', '{\"principal\":\"root\"}', NULL), "
-        "('authorization', 'permissions', 'p', " +
-        std::string(GetParam().userValue) + ", 'v')");
-    EXPECT_EQ(Failure(), GetParam().failure);
-    EXPECT_EQ(Host().Log().back(), GetParam().line);
-}
-
-constexpr const char* NO_USER =
-    "error Permission[p] does not contain 'principal' property, not preserving the permissions.";
-constexpr const char* WITHOUT_PRINCIPAL = "2000 Invalid permission without 'principal' found in ConfigStore.";
-INSTANTIATE_TEST_SUITE_P(DesiredDocument, BadPermissionTest,
-                         testing::Values(BadPermission{"NULL", "error Permission[p] does not have user-config",
-                                                       "2000 Invalid permission found in ConfigStore."},
-                                         BadPermission{"''", "error Permission[p] user-config parsing failed.",
-                                                       "2000 Failed to process permission from ConfigStore."},
-                                         BadPermission{"'{} x'", "error Permission[p] user-config parsing failed.",
-                                                       "2000 Failed to process permission from ConfigStore."},
-                                         BadPermission{"'{}'", NO_USER, WITHOUT_PRINCIPAL},
-                                         BadPermission{"'[\"principal\"]'", NO_USER, WITHOUT_PRINCIPAL},
-                                         BadPermission{"'{\"principal\":7}'", NO_USER, WITHOUT_PRINCIPAL}));
-
-TEST_F(DesiredDocumentTest, PermissionsThatCannotBeReadOrStagedFailTheDocument)
-{
-    PreserveTheNetwork();
-    Live("('authorization', 'permissions', 'p', '{\"principal\":\"svc-qrm-1\"}', 'v')");
-    {
-        const StoreFault fault(SQLITE_READ, "Config", "VitalValue");
-        EXPECT_EQ(Failure(), "2000 Failed to get permissions.");
-    }
-    Host().Sql(
-        "CREATE TRIGGER refuse BEFORE INSERT ON DesiredUserConfig WHEN new.Name = 'permissions' BEGIN "
-        "SELECT RAISE(ABORT, 'refused'); END");
-    EXPECT_EQ(Failure(), "2000 Failed to preserve solution permission.");
-}
-
-struct MissingSchema
-{
-    const char* removed;  // as SQL, from the schema store
-    const char* line;
-};
-class PermissionStepTest : public DesiredDocumentTest, public testing::WithParamInterface<MissingSchema>
-{};
-
-TEST_P(PermissionStepTest, EndsWithoutPreservingWhenTheSchemasDoNotTellSolutionUsers)
-{
-    Live(
-        "('authorization', 'permissions', 'p', '{\"principal\":\"svc-qrm-1\"}', 'v'), "
-        "('authorization', 'permissions', 'q', 'malformed', NULL)");
-    Host().Sql(GetParam().removed, DBStore::Type::SchemaStore);
-    Process("{}");
-    EXPECT_THAT(Staged(), IsEmpty());
-    EXPECT_THAT(Host().Log(), Contains(GetParam().line));
-    EXPECT_THAT(Host().Log(), Not(Contains(HasSubstr("permissions in ConfigStore"))));
-    EXPECT_EQ(Host().Log().back(), OPTIONS);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    DesiredDocument, PermissionStepTest,
-    testing::Values(MissingSchema{"DELETE FROM ConfigSchema WHERE Name = 'user_accounts'",
-                                  "warning Schema not found for id='nimb/authentication/user_accounts'"},
-                    MissingSchema{"DELETE FROM ConfigSchema WHERE Name = 'permissions'",
-                                  "warning Schema not found for id='nimb/authorization/permissions'"},
-                    MissingSchema{
-                        "UPDATE ConfigSchema SET SchemaJson = replace(SchemaJson, 'solutionUser', 'no')",
-                        "warning SolutionUserInstances not found for id='nimb/authentication/user_accounts'"}));
 
 // ---- Options of the network virtualisation agent ------------------------------------------------------------------
 

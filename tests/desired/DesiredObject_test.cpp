@@ -140,13 +140,20 @@ TEST_F(DesiredObjectTest, AnAdapterWithoutALiveRowIsStagedUnchanged)
                 ElementsAre(CONNECTED, "info Orvnic {vmk0} not found on NIMB host, no GNX configuration to preserve."));
 }
 
-TEST_F(DesiredObjectTest, ALiveRowWithoutAUserValueHasNoPortToPreserve)
+class LiveAdapterWithoutPort : public DesiredObjectTest, public testing::WithParamInterface<const char*>
+{};
+
+TEST_P(LiveAdapterWithoutPort, HasNothingToPreserve)
 {
-    LiveAdapter("NULL");
+    LiveAdapter(GetParam());
     const std::string adapter = Adapter("{}");
     EXPECT_EQ(Stage("orvnics", adapter), adapter);
-    EXPECT_THAT(Host().Log(), Contains(HasSubstr("not found on NIMB host")));
+    EXPECT_THAT(Staged(), ElementsAre("orvnics/vmk0 " + adapter + " NULL SET"));
+    EXPECT_THAT(Host().Log(),
+                ElementsAre(CONNECTED, "info Orvnic {vmk0} not found on NIMB host, no GNX configuration to preserve."));
 }
+INSTANTIATE_TEST_SUITE_P(DesiredObject, LiveAdapterWithoutPort,
+                         testing::Values("NULL", "'{}'", "''", "'{'", "'{} x'", "'[] []'", "'mark for deletion'"));
 
 TEST_F(DesiredObjectTest, TheLivePortBindingReplacesTheDesiredOne)
 {
@@ -224,7 +231,7 @@ TEST_P(InvalidLiveAdapter, FailsTheStaging)
     EXPECT_THAT(Staged(), IsEmpty());
 }
 INSTANTIATE_TEST_SUITE_P(DesiredObject, InvalidLiveAdapter,
-                         testing::Values("[]", "[{}]", "7", "null", "", "{", "{} x", "mark for deletion"));
+                         testing::Values("[]", "[{}]", "7", "null", "\"{}\"", "true"));
 
 TEST_F(DesiredObjectTest, ALiveAdapterThatCannotBeReadFailsTheStaging)
 {

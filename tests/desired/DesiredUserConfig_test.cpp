@@ -27,20 +27,6 @@ protected:
     {
         return ThrownBy([&] { Set(text); });
     }
-
-    /// An earlier staging with a mode of its own, which no failed call may touch.
-    void StageEarlier()
-    {
-        Host().Sql(
-            "INSERT INTO DesiredUserConfig (Component, ConfigGroup, Name) VALUES ('nimb', 'network', 'earlier');"
-            "INSERT INTO KeyValue (Key, Value) VALUES ('BOOT_MODE', '4')");
-    }
-    void ExpectEarlier()
-    {
-        EXPECT_THAT(Staged(), ElementsAre("earlier/NULL NULL NULL NULL"));
-        EXPECT_EQ(BootMode(), "4");
-        EXPECT_THAT(Host().Log(), Not(Contains(DONE)));
-    }
 };
 
 TEST_F(DesiredUserConfigTest, ADocumentReplacesWhatWasStagedAndSetsTheMode)
@@ -132,12 +118,6 @@ TEST_F(DesiredUserConfigTest, WithoutAStoreThereIsNothingToStageIn)
     EXPECT_EQ(Failure(), "2000 Failed to connect to database");
 }
 
-struct Refusal
-{
-    int action;
-    const char* argument;
-    const char* failure;
-};
 class RefusedStaging : public DesiredUserConfigTest, public testing::WithParamInterface<Refusal>
 {};
 

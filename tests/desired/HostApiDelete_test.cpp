@@ -80,26 +80,17 @@ TEST_F(HostApiDeleteTest, WithoutAStoreThereIsNothingToStageIn)
     EXPECT_EQ(Failure(), "2000 Failed to connect to database");
 }
 
-struct Refusal
-{
-    int action;
-    const char* argument;
-    const char* failure;
-};
 class RefusedDelete : public HostApiDeleteTest, public testing::WithParamInterface<Refusal>
 {};
 
 TEST_P(RefusedDelete, LeavesTheEarlierStagingAndItsMode)
 {
-    Host().Sql(
-        "INSERT INTO DesiredUserConfig (Component, ConfigGroup, Name) VALUES ('nimb', 'network', 'earlier'); "
-        "INSERT INTO KeyValue (Key, Value) VALUES ('BOOT_MODE', '1')");
+    StageEarlier();
     {
         const StoreFault fault(GetParam().action, GetParam().argument);
         EXPECT_EQ(Failure(), GetParam().failure);
     }
-    EXPECT_THAT(Staged(), ElementsAre("earlier/NULL NULL NULL NULL"));
-    EXPECT_EQ(BootMode(), "1");
+    ExpectEarlier();
 }
 
 constexpr const char* NOT_STAGED = "1005 desired configuration for component nimb group network key dns";
@@ -110,6 +101,16 @@ INSTANTIATE_TEST_SUITE_P(HostApiDelete, RefusedDelete,
                                          Refusal{SQLITE_INSERT, "KeyValue", NOT_STAGED},
                                          Refusal{SQLITE_TRANSACTION, "COMMIT",
                                                  "1012 for component nimb group network key dns in Delete HostAPI"}));
+
+TEST_F(HostApiDeleteTest, AModeThatCannotBeWrittenAgainAfterTheCommitChangesNothing)
+{
+    // The mode is absent before, so that the first write of it inserts and the second one updates.
+    Host().Sql("CREATE TRIGGER refuse BEFORE UPDATE ON KeyValue BEGIN SELECT RAISE(ABORT, 'refused by the test'); END");
+    EXPECT_EQ(Failure(), "nothing");
+    EXPECT_THAT(Staged(), ElementsAre("dns/NULL NULL NULL DELETE"));
+    EXPECT_EQ(BootMode(), "4");
+    EXPECT_THAT(Host().Log(), testing::Contains(testing::HasSubstr("refused by the test")));
+}
 
 // ---- Into the next boot -------------------------------------------------------------------------------------------
 

@@ -54,20 +54,6 @@ protected:
         return ThrownBy([&] { SetNic(keys); });
     }
 
-    /// An earlier staging with a mode of its own, which no failed call may touch.
-    void StageEarlier()
-    {
-        Host().Sql(
-            "INSERT INTO DesiredUserConfig (Component, ConfigGroup, Name) VALUES ('nimb', 'network', 'earlier');"
-            "INSERT INTO KeyValue (Key, Value) VALUES ('BOOT_MODE', '1')");
-    }
-    void ExpectEarlier()
-    {
-        EXPECT_THAT(Staged(), ElementsAre("earlier/NULL NULL NULL NULL"));
-        EXPECT_EQ(BootMode(), "1");
-        EXPECT_THAT(Host().Log(), Not(Contains(DONE)));
-    }
-
     static constexpr const char* SHARED = R"("smartnic": {"schema": "nimb-shared"},)";
 };
 
@@ -203,12 +189,38 @@ TEST_F(SmartnicConfigTest, EveryEndOfTheCallReleasesTheStores)
     EXPECT_EQ(DBStore::DetachSchemaStore(store), DBStore::SUCCESS);
 }
 
-struct Refusal
+// ---- A database library that takes words in double quotes for names only -------------------------------------------
+
+// SQLite declares the entry of an extension without parameters and calls it with these.
+int TakeDoubleQuotesForNames(sqlite3* database, const char**, const void*)
 {
-    int action;
-    const char* argument;
-    const char* failure;
+    return sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+}
+
+/// As such a library opens its connections.
+class DoubleQuotesAreNames
+{
+public:
+    DoubleQuotesAreNames() { sqlite3_auto_extension(Entry()); }
+    ~DoubleQuotesAreNames() { sqlite3_cancel_auto_extension(Entry()); }
+    DoubleQuotesAreNames(const DoubleQuotesAreNames&) = delete;
+    DoubleQuotesAreNames& operator=(const DoubleQuotesAreNames&) = delete;
+
+private:
+    static void (*Entry())() { return reinterpret_cast<void (*)()>(TakeDoubleQuotesForNames); }
 };
+
+TEST_F(SmartnicConfigTest, ADatabaseLibraryThatTakesDoubleQuotesForNamesIsToldToTakeThemForTexts)
+{
+    const DoubleQuotesAreNames names;
+    ASSERT_THROW(Host().Sql("SELECT \"SET_DEFAULT\""), std::runtime_error);
+    Set("{}");
+    EXPECT_THAT(Staged(), ElementsAre("clock/NULL NULL NULL SET_DEFAULT", "name/NULL NULL NULL DELETE",
+                                      "ports/NULL NULL NULL DELETE"));
+}
+
+// ---- Failures -----------------------------------------------------------------------------------------------------
+
 class RefusedSmartnicStaging : public SmartnicConfigTest, public testing::WithParamInterface<Refusal>
 {};
 

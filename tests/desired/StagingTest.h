@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -93,4 +94,32 @@ protected:
     }
 
     std::string BootMode() { return Host().KeyValue("BOOT_MODE"); }
+
+    /// An earlier staging with a mode of its own, which no failed call may touch.
+    void StageEarlier()
+    {
+        Host().Sql(
+            "INSERT INTO DesiredUserConfig (Component, ConfigGroup, Name) VALUES ('nimb', 'network', 'earlier');"
+            "INSERT INTO KeyValue (Key, Value) VALUES ('BOOT_MODE', '2')");
+    }
+    void ExpectEarlier()
+    {
+        EXPECT_THAT(Staged(), testing::ElementsAre("earlier/NULL NULL NULL NULL"));
+        EXPECT_EQ(BootMode(), "2");
+        EXPECT_THAT(Host().Log(),
+                    testing::Not(testing::Contains(testing::StartsWith("info Desired configuration set"))));
+    }
 };
+
+/// Work that the databases refuse, as StoreFault does, and what a staging call then throws.
+struct Refusal
+{
+    int action;
+    const char* argument;
+    const char* failure;
+};
+
+inline void PrintTo(const Refusal& refusal, std::ostream* out)
+{
+    *out << refusal.failure;
+}

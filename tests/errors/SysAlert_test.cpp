@@ -55,6 +55,12 @@ TEST_F(SysAlertTest, AnAlertReachesTheOperator)
     EXPECT_THAT(Host().Log(), IsEmpty());
 }
 
+TEST_F(SysAlertTest, ANulCutsNothing)
+{
+    SetLSSysAlert(std::string("a\0b", 3));
+    EXPECT_EQ(OnlyAlert(), "a?b");
+}
+
 TEST_F(SysAlertTest, ATextOf2047CharactersIsSentWhole)
 {
     SetLSSysAlert(std::string(2047, 'a'));

@@ -60,3 +60,14 @@ std::string PowerCutTest::CheckedStores()
     }
     return content;
 }
+
+std::vector<std::string> PowerCutTest::HalfWrittenFiles() const
+{
+    std::vector<std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(HostRoot())) {
+        if (entry.path().filename().string().starts_with(".new-")) {
+            files.push_back(entry.path());
+        }
+    }
+    return files;
+}

@@ -26,6 +26,9 @@ protected:
     /// The content of all stores, each of which must be sound.
     std::string CheckedStores();
 
+    /// The files that were begun and have never taken the place of the one that they were to replace.
+    std::vector<std::string> HalfWrittenFiles() const;
+
 private:
     std::string Saved() const;
 

@@ -24,7 +24,8 @@ JsonDocument Parsed(const std::string& text)
 std::map<std::string, std::string> Split(const std::string& value, const std::string& schema)
 {
     std::map<std::string, std::string> texts;
-    for (const auto& [className, part] : SplitConfig(Parsed(value), Parsed(schema))) {
+    JsonAllocator allocator;
+    for (const auto& [className, part] : SplitConfig(Parsed(value), Parsed(schema), allocator)) {
         ConfigStoreDocument::SerializeValue(part, texts[className]);
     }
     return texts;

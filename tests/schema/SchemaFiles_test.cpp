@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <random>
+#include <regex>
+
 #include "StorePaths.h"
 #include "TestHost.h"
 #include "Thrown.h"
@@ -176,6 +179,29 @@ TEST(SchemaIdentifier, AVersionNumberBeyondIntAndAFileOutsideTheMapThrow)
     EXPECT_THROW(VersionOf("foo-1.2.99999999999_4.5"), std::out_of_range);
     EXPECT_EQ(ThrownBy([] { VersionOf("foo-1.2.99999999999_4.5"); }), "stoi: /schemas/f");
     EXPECT_EQ(ThrownBy([] { ExtractVersion({}, "f", FOLDER); }), "map::at");
+}
+
+TEST(SchemaIdentifier, ItIsReadAsTheRegularExpressionsSay)
+{
+    const std::regex whole(R"((.*)-\d+(\.\d+)+_\d+(\.\d+)*)");
+    const std::regex version(R"(-(\d+)\.(\d+)\.(\d+)_([\d]+)\.([\d]+))");
+    std::mt19937 random(7);
+    int matched = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::string id;
+        for (int part = static_cast<int>(random() % 9); part > 0; --part) {
+            id += std::vector<std::string>{"-", ".", "_", "1", "2", "a", "-1.2", ".3_4.", "\n"}[random() % 9];
+        }
+        std::smatch parts;
+        const bool isWhole = std::regex_match(id, parts, whole);
+        EXPECT_EQ(ExtractSchemaNameFromSchemaId(id), isWhole ? parts[1].str() : "") << id;
+        const bool isFound = std::regex_search(id, parts, version);
+        const auto number = [&](std::size_t group) { return isFound ? std::stoi(parts[group].str()) : 0; };
+        const SchemaVersion expected(number(1), number(2), number(3), number(4), number(5));
+        matched += isWhole && isFound ? 1 : 0;
+        EXPECT_EQ(VersionOf(id), expected) << id;
+    }
+    EXPECT_GT(matched, 20);
 }
 
 TEST(SchemaIdentifier, AMegabyteOfIdentifierDoesNotOverflowTheStack)

@@ -1,6 +1,10 @@
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include <new>
+
 #include "NimbConfigStore.h"
+#include "NimbSchemaStore.h"
 #include "TestHost.h"
 
 using namespace NimbConfigStore;
@@ -13,6 +17,8 @@ using testing::Not;
 
 namespace
 {
+std::string keyWithoutMemory;  // for which the store finds no memory
+
 std::string Element(const std::string& key, const std::string& more = "", const std::string& schema = "{}")
 {
     return R"({"component": "nimb", "group": "network", "key": ")" + key + R"(", "schema": )" + schema +
@@ -23,6 +29,7 @@ class SchemaRegistrationTest : public HostTest
 {
 protected:
     void SetUp() override { Host().WithStores(); }
+    void TearDown() override { keyWithoutMemory.clear(); }
 
     bool Process(const std::string& data)
     {
@@ -137,4 +144,31 @@ INSTANTIATE_TEST_SUITE_P(
                     "[" + Element("a", "", R"({"$ref": "#/definitions/nowhere"})") + "]",
                     "[" + Element("a", "", R"({"type": "string", "pattern": "("})") + "]",
                     "[" + Element("a", "", R"({"type": 7})") + "]"));
+
+TEST_F(SchemaRegistrationTest, AFailureOfAnyOtherKindFailsItsFileAndTheRestGoesOn)
+{
+    keyWithoutMemory = "b";
+    Host().WithPackage("other", "1.0.0_0.1", "[" + Element("d") + "]");
+    EXPECT_FALSE(Process("[" + Element("a") + "," + Element("b") + "," + Element("c") + "]"));
+    EXPECT_THAT(Registered(), ElementsAre("a", "d"));
+    EXPECT_THAT(Host().EventIds(), ElementsAre("zub.user.cs.schema.file.error"));
+    EXPECT_EQ(Host().Events()[0].args, std::vector<std::string>{"net-1.0.0_0.1.json"});
+    EXPECT_THAT(Host().Log(), AllOf(Contains("error [SchemaProcessor] Failed to process schema file: std::bad_alloc"),
+                                    Contains("info [SchemaProcessor] Schema processing completed: failure")));
+}
 }  // namespace
+
+// The store's own function behind one that can run out of memory.
+void NimbSchemaStore::SetSchema(const std::string& schemaId, const std::string& component, const std::string& group,
+                                const std::string& key, const std::string& schemaJson, const SchemaStorePtr& store,
+                                bool hasSmartnic)
+{
+    static const auto set = reinterpret_cast<decltype(&SetSchema)>(
+        dlsym(RTLD_NEXT,
+              "_ZN15NimbSchemaStore9SetSchemaERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES7_S7_S7_S7_"
+              "RKSt10shared_ptrINS_11SchemaStoreEEb"));
+    if (!key.empty() && key == keyWithoutMemory) {
+        throw std::bad_alloc();
+    }
+    set(schemaId, component, group, key, schemaJson, store, hasSmartnic);
+}
