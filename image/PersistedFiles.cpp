@@ -139,11 +139,11 @@ bool GetInodeStats(ZEL_NodeID leaf, const ZEL_ParamList* arguments, ZEL_InodeSta
     return type->size == sizeof stats && ZEL_Get(leaf, arguments, &stats, sizeof stats) == ORV_OK;
 }
 
-/// The name of the tardisk that holds an inode; empty when the kernel gives none.
-std::string TardiskOfInode(ino_t inode)
+/// The name of the tardisk that holds a file's inode; empty when the kernel gives none.
+std::string TardiskOfInode(const struct stat& file)
 {
     char text[4096];
-    snprintf(text, sizeof text, "%s/%lu/%s", INODES_NODE, static_cast<unsigned long>(inode), STATS_LEAF);
+    snprintf(text, sizeof text, "%s/%lu/%s", INODES_NODE, static_cast<unsigned long>(file.st_ino), STATS_LEAF);
     ZELSHPath* formed = nullptr;
     ZEL_ParamList* listed = nullptr;
     ZEL_NodeID leaf = {};
@@ -156,7 +156,8 @@ std::string TardiskOfInode(ino_t inode)
         return "";
     }
     const std::unique_ptr<ZEL_ParamList, ParamListDeleter> arguments(listed);
-    return GetInodeStats(leaf, listed, stats) ? stats.tardisk : "";
+    // The number alone does not tell a file: on another file system it is another one's.
+    return GetInodeStats(leaf, listed, stats) && stats.device == file.st_dev ? stats.tardisk : "";
 }
 
 /// "FOLDER/.#NAME": the tardisk's own copy of a file that has been changed.
@@ -180,7 +181,7 @@ std::string TardiskOfFile(const std::string& path)
         HostSyslog(LOG_ERR, "Failed to init zel");
         return "";
     }
-    return TardiskOfInode(shadow.st_ino);
+    return TardiskOfInode(shadow);
 }
 
 bool PassesTardiskTest(const std::string& path, const PathSet& permittedTardisks)
@@ -245,6 +246,7 @@ std::vector<std::string> FilterStickyBitFiles(const std::vector<std::string>& fi
 {
     const ClassSets declared = DeclaredSets();
     const PathSet permittedTardisks = PermittedTardisks();
+    const ZEL_Snapshot kernel;  // the origin of all inodes is gathered once, not once for each file
     std::vector<std::string> kept;
     std::vector<std::string> refused;
     for (const std::string& file : files) {

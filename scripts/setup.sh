@@ -1,10 +1,17 @@
 #!/bin/sh
-# Installs what building and testing need, on Debian 12. Does nothing when everything is there.
+# Installs what building and testing need, on Debian 12; with --ci also what only the checks before a merge need.
+# Does nothing when everything is there.
 set -eu
 
-packages="g++ clang clang-format clang-tidy libclang-rt-14-dev cmake ninja-build ccache git pkg-config
+packages="g++ cmake ninja-build ccache git pkg-config
     rapidjson-dev libvalijson-dev libspdlog-dev libfmt-dev libcli11-dev libsqlite3-dev libxml2-dev libedit-dev
-    libgtest-dev libgmock-dev libbenchmark-dev uuid-dev python3 python3-jsonschema sqlite3 codespell shellcheck"
+    libgtest-dev libgmock-dev libbenchmark-dev uuid-dev python3 python3-jsonschema sqlite3
+    iproute2 util-linux"
+ci_packages="clang clang-format clang-tidy libclang-rt-14-dev codespell shellcheck doxygen mandoc abigail-tools
+    lintian debootstrap dpkg-dev file systemd zsh"
+case "${1:-}" in
+--ci) packages="$packages $ci_packages" ;;
+esac
 
 missing=""
 for package in $packages; do

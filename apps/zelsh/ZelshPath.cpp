@@ -1,140 +1,203 @@
+#include "ZelshPath.h"
+
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
-#include <memory>
 #include <new>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <variant>
-#include <vector>
 
-#include "ZELSH.h"
+#include "ZelshText.h"
 
-using InstanceArgument = std::variant<std::string, std::int64_t>;
+ZEL_NodeID zelshRootNodeID = ZEL_NODE_root;
+constinit const char* zelshRootNodeStr = "";
 
-struct ZELSHPath
+namespace Zelsh
 {
-    ZEL_NodeID leaf;
-    std::vector<InstanceArgument> arguments;
-};
-
 namespace
 {
-std::vector<std::string_view> Components(std::string_view path)
+/// What type level calls the instances of a branch.
+std::string Placeholder(const ZEL_NodeDefinition& branch)
 {
-    std::vector<std::string_view> components;
-    while (!path.empty()) {
-        const std::string_view component = path.substr(0, path.find('/'));
-        if (!component.empty()) {
-            components.push_back(component);
-        }
-        path.remove_prefix(std::min(component.size() + 1, path.size()));
-    }
-    return components;
+    return std::string("<") + branch.instanceName + ">";
 }
 
-/// Numbers are written without a sign and kept as the 64 bits that they are.
-std::optional<std::int64_t> InstanceNumber(std::string_view text)
+bool IsNumber(const ZEL_NodeDefinition& branch)
 {
-    std::uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole ? std::optional(static_cast<std::int64_t>(number)) : std::nullopt;
+    return branch.instanceKind != ZEL_DATA_TEXT;
 }
 
-/// Matches one component with the definition's; an instance is added to @p arguments.
-bool Matches(std::string_view component, std::string_view defined, std::vector<InstanceArgument>& arguments)
+bool EnterInstance(ZELSHPath& path, const std::string& name, bool typeLevel)
 {
-    const ZEL_DataKind kind = ZEL_PlaceholderKind(defined);
-    if (kind == ZEL_DATA_NONE) {
-        return component == defined;
-    }
-    if (kind == ZEL_DATA_TEXT) {
-        arguments.emplace_back(std::string(component));
+    const ZEL_NodeDefinition& branch = DefinitionOf(path);
+    unsigned long number = 0;
+    if (!IsNumber(branch) || (typeLevel && name == Placeholder(branch))) {
+        path.steps.push_back({branch.node, true, name});
         return true;
     }
-    const std::optional<std::int64_t> number = InstanceNumber(component);
-    arguments.emplace_back(number.value_or(0));
-    return number.has_value();
-}
-
-std::optional<ZELSHPath> Match(const std::vector<std::string_view>& components, const ZEL_NodeDefinition& definition)
-{
-    const std::vector<std::string_view> defined = Components(definition.path);
-    ZELSHPath path{definition.node, {}};
-    bool matches = components.size() == defined.size();
-    for (std::size_t i = 0; matches && i < defined.size(); ++i) {
-        matches = Matches(components[i], defined[i], path.arguments);
+    if (strtoul_limit_check(name.c_str(), 10, UINT64_MAX, &number) == 0) {
+        return false;
     }
-    return matches ? std::optional(std::move(path)) : std::nullopt;
+    path.steps.push_back({branch.node, true, std::to_string(number)});  // "007" is 7
+    return true;
 }
 
-ORV_ReturnStatus Resolve(std::string_view text, ZELSHPath*& path)
+/// Takes one component of a text path.
+bool Follow(ZELSHPath& path, const Component& component, bool typeLevel)
 {
-    const std::vector<std::string_view> components = Components(text);
-    const ZEL_NodeDefinition* definition = nullptr;
-    for (std::size_t i = 0; (definition = ZEL_NodeDefinitionAt(i)) != nullptr; ++i) {
-        if (std::optional<ZELSHPath> match = Match(components, *definition)) {
-            path = new ZELSHPath(std::move(*match));
-            return ORV_OK;
+    if (component.quoted) {
+        return Enter(path, component.name, typeLevel);
+    }
+    if (component.name == "..") {
+        path.steps.resize(std::max(path.rootDepth, path.steps.size() - std::min<std::size_t>(path.steps.size(), 1)));
+        return true;
+    }
+    return component.name.empty() || component.name == "." || Enter(path, component.name, typeLevel);
+}
+
+ORV_ReturnStatus AddArgument(ZEL_ParamList* list, const Step& step)
+{
+    if (!IsNumber(*ZEL_LookupNode(step.node))) {
+        return ZEL_ParamListAddString(list, step.name.c_str());
+    }
+    unsigned long number = 0;
+    const bool isNumber = strtoul_limit_check(step.name.c_str(), 10, UINT64_MAX, &number) == 1;
+    return isNumber ? ZEL_ParamListAddInt(list, static_cast<std::int64_t>(number)) : ORV_BAD_PARAM;
+}
+
+ORV_ReturnStatus MakeArguments(const ZELSHPath& path, ParamList& list)
+{
+    const auto count = std::count_if(path.steps.begin(), path.steps.end(), [](const Step& s) { return s.isInstance; });
+    list.reset(ZEL_ParamListCreate(1, static_cast<int>(count)));
+    ORV_ReturnStatus status = list != nullptr ? ORV_OK : ORV_NO_MEMORY;
+    for (const Step& step : path.steps) {
+        if (step.isInstance && status == ORV_OK) {
+            status = AddArgument(list.get(), step);
         }
     }
-    return ORV_NOT_FOUND;
-}
-
-ORV_ReturnStatus Add(ZEL_ParamList* list, const InstanceArgument& argument)
-{
-    if (const auto* text = std::get_if<std::string>(&argument)) {
-        return ZEL_ParamListAddString(list, text->c_str());
-    }
-    return ZEL_ParamListAddInt(list, std::get<std::int64_t>(argument));
-}
-}  // namespace
-
-ORV_ReturnStatus ZELSHPath_Form(const char* text, ZELSHPath** path)
-{
-    if (path == nullptr) {
-        return ORV_BAD_PARAM;
-    }
-    *path = nullptr;
-    if (text == nullptr || *text != '/') {
-        return ORV_BAD_PARAM;
-    }
-    try {
-        return Resolve(text, *path);
-    } catch (...)  // nothing but memory can run out here
-    {
-        return ORV_NO_MEMORY;
-    }
-}
-
-ORV_ReturnStatus ZELSHPath_GetLeafElement(const ZELSHPath* path, ZEL_NodeID* node)
-{
-    if (path == nullptr || node == nullptr) {
-        return ORV_BAD_PARAM;
-    }
-    *node = path->leaf;
-    return ORV_OK;
-}
-
-ORV_ReturnStatus ZELSHPath_GetInstArgs(const ZELSHPath* path, ZEL_ParamList** arguments)
-{
-    if (path == nullptr || arguments == nullptr) {
-        return ORV_BAD_PARAM;
-    }
-    *arguments = nullptr;
-    std::unique_ptr<ZEL_ParamList, decltype(&ZEL_ParamListDestroy)> list(
-        ZEL_ParamListCreate(1, static_cast<int>(path->arguments.size())), &ZEL_ParamListDestroy);
-    ORV_ReturnStatus status = list != nullptr ? ORV_OK : ORV_NO_MEMORY;
-    for (std::size_t i = 0; status == ORV_OK && i < path->arguments.size(); ++i) {
-        status = Add(list.get(), path->arguments[i]);
-    }
-    *arguments = status == ORV_OK ? list.release() : nullptr;
     return status;
 }
 
-void ZELSHPath_Delete(ZELSHPath* path)
+std::vector<std::string> ChildNames(ZEL_NodeID branch)
 {
-    delete path;
+    std::vector<std::string> names;
+    for (std::size_t i = 0; const ZEL_NodeDefinition* child = ZEL_ChildAt(branch, i); ++i) {
+        names.emplace_back(child->name);
+    }
+    if (options.sorted != 0) {
+        std::sort(names.begin(), names.end());
+    }
+    return names;
 }
+}  // namespace
+
+ZELSHPath& Root()
+{
+    static ZELSHPath root = {{}, 0};
+    return root;
+}
+
+ZELSHPath& WorkingDirectory()
+{
+    static ZELSHPath directory = Root();
+    return directory;
+}
+
+const ZEL_NodeDefinition& DefinitionOf(const ZELSHPath& path)
+{
+    return *ZEL_LookupNode(path.steps.empty() ? ZEL_NODE_root : path.steps.back().node);
+}
+
+bool IsLeaf(const ZELSHPath& path)
+{
+    return DefinitionOf(path).kind == ZEL_KIND_LEAF;
+}
+
+bool HasInstances(const ZELSHPath& path)
+{
+    return DefinitionOf(path).kind == ZEL_KIND_INSTANCE_BRANCH && !path.steps.back().isInstance;
+}
+
+bool Enter(ZELSHPath& path, const std::string& name, bool typeLevel)
+{
+    if (name.empty() || name.find('\0') != std::string::npos) {
+        return false;
+    }
+    if (HasInstances(path)) {
+        return EnterInstance(path, name, typeLevel);
+    }
+    const ZEL_NodeDefinition* child = ZEL_FindChild(DefinitionOf(path).node, name.c_str());
+    if (child == nullptr) {
+        return false;
+    }
+    path.steps.push_back({child->node, false, name});
+    return true;
+}
+
+std::optional<ZELSHPath> Resolve(std::string_view text, const ZELSHPath& from, bool typeLevel)
+{
+    ZELSHPath path = text.starts_with('/') ? Root() : from;
+    for (const Component& component : SplitPath(text)) {
+        if (!Follow(path, component, typeLevel)) {
+            return std::nullopt;
+        }
+    }
+    return path;
+}
+
+std::optional<ZELSHPath> ResolveArgument(const char* command, const char* text, bool typeLevel)
+{
+    std::optional<ZELSHPath> path = Resolve(text, WorkingDirectory(), typeLevel);
+    if (!path) {
+        ZELSHError("%s: %s: no such node", command, text);
+    }
+    return path;
+}
+
+std::string TextOf(const ZELSHPath& path)
+{
+    std::string text;
+    for (std::size_t i = path.rootDepth; i < path.steps.size(); ++i) {
+        text += "/" + QuoteComponent(path.steps[i].name);
+    }
+    return text.empty() ? "/" : text;
+}
+
+ParamList InstanceArguments(const ZELSHPath& path)
+{
+    ParamList list(nullptr, &ZEL_ParamListDestroy);
+    if (MakeArguments(path, list) == ORV_NO_MEMORY) {
+        throw std::bad_alloc();
+    }
+    return list;
+}
+
+ORV_ReturnStatus CheckInstances(const ZELSHPath& path)
+{
+    ZELSHPath above = {{}, 0};
+    for (const Step& step : path.steps) {
+        std::vector<std::string> names;
+        if (step.isInstance) {
+            const ORV_ReturnStatus status = ListChildren(above, false, names);
+            if (status != ORV_OK) {
+                return status;
+            }
+            if (std::find(names.begin(), names.end(), step.name) == names.end()) {
+                return ORV_NOT_FOUND;
+            }
+        }
+        above.steps.push_back(step);
+    }
+    return ORV_OK;
+}
+
+ORV_ReturnStatus ListChildren(const ZELSHPath& path, bool typeLevel, std::vector<std::string>& names)
+{
+    const ZEL_NodeDefinition& branch = DefinitionOf(path);
+    if (!HasInstances(path)) {
+        names = ChildNames(branch.node);
+        return ORV_OK;
+    }
+    if (typeLevel) {
+        names = {Placeholder(branch)};
+        return ORV_OK;
+    }
+    return ZEL_ListInstances(branch.node, InstanceArguments(path).get(), names);
+}
+}  // namespace Zelsh

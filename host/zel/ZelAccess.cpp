@@ -4,9 +4,11 @@
 #include <new>
 
 #include "CSLogger.h"
+#include "HostUtil.h"
 #include "ZelKernelFacts.h"
 #include "ZelNodes.h"
 #include "ZelParamList.h"
+#include "ZelStatedFacts.h"
 
 namespace
 {
@@ -15,6 +17,7 @@ template <typename Call>
 ORV_ReturnStatus Guarded(Call call) noexcept
 {
     try {
+        const ZEL_Snapshot oneLook;  // however often one answer needs the facts
         return call();
     } catch (const std::bad_alloc&) {
         return ORV_NO_MEMORY;
@@ -32,22 +35,27 @@ const ZEL_ParamList& OrEmpty(const ZEL_ParamList* list)
     return list != nullptr ? *list : EMPTY;
 }
 
+bool IsText(ZEL_DataKind kind)
+{
+    return kind >= ZEL_DATA_TEXT && kind <= ZEL_DATA_IPV6;
+}
+
 bool HasKinds(const ZEL_ParamList& list, const std::vector<ZEL_DataKind>& kinds)
 {
     const auto isOfKind = [](const ZEL_ParamList::Value& value, ZEL_DataKind kind) {
-        return std::holds_alternative<std::string>(value) == (kind == ZEL_DATA_TEXT);
+        return std::holds_alternative<std::string>(value) == IsText(kind);
     };
     return std::equal(list.values.begin(), list.values.end(), kinds.begin(), kinds.end(), isOfKind);
 }
 
 std::vector<ZEL_DataKind> InputKinds(const ZEL_Type& type)
 {
-    if (type.memberCount == 0) {
+    if (type.kind != ZEL_DATA_STRUCT) {
         return {type.kind};
     }
     std::vector<ZEL_DataKind> kinds;
     for (std::size_t i = 0; i < type.memberCount; ++i) {
-        kinds.push_back(type.members[i].kind);
+        kinds.push_back(type.members[i].type->kind);
     }
     return kinds;
 }
@@ -67,36 +75,99 @@ ORV_ReturnStatus CopyOut(const std::string& data, ZEL_DataKind kind, void* buffe
     return ORV_OK;
 }
 
-ORV_ReturnStatus GetNode(ZEL_NodeID id, const ZEL_ParamList& instance, void* buffer, std::size_t size)
+/// What the facts of another root state goes before what the /proc and /sys captured there tell.
+ORV_ReturnStatus GetInOtherRoot(const ZelPlacedNode& node, const ZEL_ParamList& instance, std::string& data)
 {
-    const ZelNode* node = FindZelNode(id);
-    if (node == nullptr) {
-        return ORV_NOT_FOUND;
+    const ORV_ReturnStatus own = node.row->inEveryRoot ? node.row->get(instance, data) : ORV_NOT_FOUND;
+    if (own != ORV_NOT_FOUND) {
+        return own;
     }
-    if (node->get == nullptr) {
-        return ORV_NOT_SUPPORTED;
+    const ORV_ReturnStatus stated = GetStatedFact(node.definition, instance, data);
+    const bool known = stated != ORV_NOT_FOUND && stated != ORV_NOT_SUPPORTED;
+    if (node.row->inEveryRoot) {
+        return known ? stated : own;
     }
-    if (!HasKinds(instance, InstanceKinds(node->definition))) {
-        return ORV_BAD_PARAM;
-    }
-    std::string data;
-    const ORV_ReturnStatus status = node->get(instance, data);
-    return status == ORV_OK ? CopyOut(data, node->definition.output->kind, buffer, size) : status;
+    return known || !HasCapturedKernel() ? stated : node.row->get(instance, data);
 }
 
-ORV_ReturnStatus SetNode(ZEL_NodeID id, const ZEL_ParamList& instance, const ZEL_ParamList& input)
+ORV_ReturnStatus ListInOtherRoot(const ZelPlacedNode& node, const ZEL_ParamList& above, std::vector<std::string>& names)
 {
-    const ZelNode* node = FindZelNode(id);
+    const bool answers = node.row->inEveryRoot || HasCapturedKernel();
+    const ORV_ReturnStatus own = answers ? node.row->list(above, names) : ORV_OK;
+    const ORV_ReturnStatus stated = ListStatedInstances(node.definition, above, names);
+    return own != ORV_OK ? own : stated;
+}
+
+ORV_ReturnStatus GetNode(const ZelPlacedNode* node, const ZEL_ParamList& instance, std::string& data)
+{
     if (node == nullptr) {
         return ORV_NOT_FOUND;
     }
-    if (node->set == nullptr) {
-        return ORV_READ_ONLY;
+    if (node->row->get == nullptr) {
+        return ORV_NOT_SUPPORTED;
     }
-    if (!HasKinds(instance, InstanceKinds(node->definition)) || !HasKinds(input, InputKinds(*node->definition.input))) {
+    if (!HasKinds(instance, node->instanceKinds)) {
         return ORV_BAD_PARAM;
     }
-    return node->set(instance, input);
+    return IsRealHost() ? node->row->get(instance, data) : GetInOtherRoot(*node, instance, data);
+}
+
+ORV_ReturnStatus GetInto(ZEL_NodeID id, const ZEL_ParamList& instance, void* buffer, std::size_t size)
+{
+    const ZelPlacedNode* node = FindZelNode(id);
+    std::string data;
+    const ORV_ReturnStatus status = GetNode(node, instance, data);
+    return status == ORV_OK ? CopyOut(data, node->definition.outputType->kind, buffer, size) : status;
+}
+
+ORV_ReturnStatus SetNode(const ZelPlacedNode* node, const ZEL_ParamList& instance, const ZEL_ParamList& input)
+{
+    if (node == nullptr) {
+        return ORV_NOT_FOUND;
+    }
+    if (node->row->set == nullptr) {
+        return ORV_READ_ONLY;
+    }
+    if (!HasKinds(instance, node->instanceKinds) || !HasKinds(input, InputKinds(*node->definition.inputType))) {
+        return ORV_BAD_PARAM;
+    }
+    return node->row->inEveryRoot || IsRealHost() ? node->row->set(instance, input) : ORV_NOT_SUPPORTED;
+}
+
+ORV_ReturnStatus ListNode(const ZelPlacedNode& node, const ZEL_ParamList& above, std::vector<std::string>& names)
+{
+    const std::vector<ZEL_DataKind> kinds(node.instanceKinds.begin(), node.instanceKinds.end() - 1);
+    if (!HasKinds(above, kinds)) {
+        return ORV_BAD_PARAM;
+    }
+    return IsRealHost() ? node.row->list(above, names) : ListInOtherRoot(node, above, names);
+}
+
+void Sort(std::vector<std::string>& names, ZEL_DataKind kind)
+{
+    const auto isBefore = [kind](const std::string& a, const std::string& b) {
+        const bool byLength = kind == ZEL_DATA_UINT64 && a.size() != b.size();  // decimal, without leading zeros
+        return byLength ? a.size() < b.size() : a < b;
+    };
+    std::sort(names.begin(), names.end(), isBefore);
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+}
+
+ORV_ReturnStatus ListInto(const ZelPlacedNode* node, const ZEL_ParamList& above, std::vector<std::string>& names)
+{
+    if (node == nullptr) {
+        return ORV_NOT_FOUND;
+    }
+    if (node->row->list == nullptr) {
+        return ORV_BAD_PARAM;
+    }
+    std::vector<std::string> found;
+    const ORV_ReturnStatus status = ListNode(*node, above, found);
+    if (status == ORV_OK) {
+        Sort(found, node->definition.instanceKind);
+        names = std::move(found);
+    }
+    return status;
 }
 }  // namespace
 
@@ -140,11 +211,11 @@ ORV_ReturnStatus ZEL_LookupOutputTypeOfGet(ZEL_NodeID node, const ZEL_Type** typ
     if (type == nullptr) {
         return ORV_BAD_PARAM;
     }
-    const ZelNode* row = FindZelNode(node);
-    if (row == nullptr) {
+    const ZelPlacedNode* found = FindZelNode(node);
+    if (found == nullptr) {
         return ORV_NOT_FOUND;
     }
-    *type = row->definition.output;
+    *type = found->definition.outputType;
     return *type != nullptr ? ORV_OK : ORV_NOT_SUPPORTED;
 }
 
@@ -156,7 +227,24 @@ ORV_ReturnStatus ZEL_Get(ZEL_NodeID node, const ZEL_ParamList* instance, void* b
     if (buffer == nullptr || size == 0) {
         return ORV_BAD_PARAM;
     }
-    return Guarded([=] { return GetNode(node, OrEmpty(instance), buffer, size); });
+    return Guarded([=] { return GetInto(node, OrEmpty(instance), buffer, size); });
+}
+
+ORV_ReturnStatus ZEL_GetData(ZEL_NodeID node, const ZEL_ParamList* instance, std::string& data)
+{
+    return Guarded([&] {
+        std::string read;
+        const ORV_ReturnStatus status = GetNode(FindZelNode(node), OrEmpty(instance), read);
+        if (status == ORV_OK) {
+            data = std::move(read);
+        }
+        return status;
+    });
+}
+
+ORV_ReturnStatus ZEL_ListInstances(ZEL_NodeID branch, const ZEL_ParamList* instance, std::vector<std::string>& names)
+{
+    return Guarded([&] { return ListInto(FindZelNode(branch), OrEmpty(instance), names); });
 }
 
 ORV_ReturnStatus ZEL_Set(ZEL_NodeID node, const ZEL_ParamList* instance, const ZEL_ParamList* input, void* output,
@@ -165,5 +253,5 @@ ORV_ReturnStatus ZEL_Set(ZEL_NodeID node, const ZEL_ParamList* instance, const Z
     if (output != nullptr || outputSize != nullptr) {
         return ORV_BAD_PARAM;
     }
-    return Guarded([=] { return SetNode(node, OrEmpty(instance), OrEmpty(input)); });
+    return Guarded([=] { return SetNode(FindZelNode(node), OrEmpty(instance), OrEmpty(input)); });
 }

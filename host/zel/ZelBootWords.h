@@ -56,26 +56,3 @@ inline std::string BootOptionOf(const std::string& commandLine)
     bytes[3] = HasBootWord(commandLine, "installerMedia") ? '\1' : '\0';
     return bytes;
 }
-
-/// The source ("/dev/sda1") of what is mounted at @p mountPoint, from the text of /proc/self/mountinfo; the last
-/// mount there covers the others. Empty when nothing is.
-inline std::string MountSourceOf(const std::string& mountInfo, const std::string& mountPoint)
-{
-    std::string source;
-    std::istringstream lines(mountInfo);
-    for (std::string line; std::getline(lines, line);) {
-        // "ID PARENT MAJOR:MINOR ROOT POINT OPTIONS [TAG]... - TYPE SOURCE OPTIONS"
-        std::istringstream fields(line);
-        std::string field;
-        for (int i = 0; i < 5; ++i) {
-            fields >> field;
-        }
-        if (field != mountPoint) {
-            continue;
-        }
-        while (fields >> field && field != "-") {
-        }
-        fields >> field >> source;
-    }
-    return source;
-}

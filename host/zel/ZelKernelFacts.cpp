@@ -3,36 +3,62 @@
 #include "CSLogger.h"
 #include "ConfigStoreDocument.h"
 #include "HostUtil.h"
+#include "ZelSnapshot.h"
 
 namespace
 {
-bool Parse(NimbConfigStore::JsonDocument& facts, std::string& reason)
+ParsedKernelFacts Parse()
 {
-    if (!ConfigStoreDocument::ParseFile(KERNEL_FACTS_FILE, facts, &reason)) {
-        return false;
+    const auto facts = std::make_shared<NimbConfigStore::JsonDocument>();
+    std::string reason;
+    if (!ConfigStoreDocument::ParseFile(KERNEL_FACTS_FILE, *facts, &reason)) {
+        return {nullptr, reason};
     }
-    reason = "not an object";
-    return facts.IsObject();
+    return facts->IsObject() ? ParsedKernelFacts{facts, ""} : ParsedKernelFacts{nullptr, "not an object"};
+}
+
+ParsedKernelFacts ParseOncePerSnapshot()
+{
+    ZelSnapshotFacts* snapshot = CurrentZelSnapshot();
+    if (snapshot == nullptr) {
+        return Parse();
+    }
+    if (!snapshot->kernel) {
+        snapshot->kernel = Parse();
+    }
+    return *snapshot->kernel;
 }
 }  // namespace
 
-ORV_ReturnStatus LoadKernelFacts(NimbConfigStore::JsonDocument& facts)
+KernelFacts LoadKernelFacts()
 {
-    std::string reason;
-    if (Parse(facts, reason)) {
-        return ORV_OK;
+    const ParsedKernelFacts parsed = ParseOncePerSnapshot();
+    if (parsed.facts == nullptr) {
+        CSLogger::Log(CSLogger::ERROR, "Cannot read the kernel's facts from %s: %s", KERNEL_FACTS_FILE,
+                      parsed.reason.c_str());
     }
-    CSLogger::Log(CSLogger::ERROR, "Cannot read the kernel's facts from %s: %s", KERNEL_FACTS_FILE, reason.c_str());
-    return ORV_FAILURE;
+    return parsed.facts;
 }
 
 int KernelInterfaceVersion()
 {
-    NimbConfigStore::JsonDocument facts;
-    std::string ignored;  // the first node that is read reports a file that cannot be
-    if (IsRealHost() || !Parse(facts, ignored)) {
+    if (IsRealHost()) {
         return ZEL_INTERFACE_VERSION;
     }
-    const auto version = facts.FindMember("interfaceVersion");
-    return version != facts.MemberEnd() && version->value.IsInt() ? version->value.GetInt() : ZEL_INTERFACE_VERSION;
+    const KernelFacts facts = ParseOncePerSnapshot().facts;  // the first node that is read reports a missing file
+    if (facts == nullptr) {
+        return ZEL_INTERFACE_VERSION;
+    }
+    const auto version = facts->FindMember("interfaceVersion");
+    return version != facts->MemberEnd() && version->value.IsInt() ? version->value.GetInt() : ZEL_INTERFACE_VERSION;
+}
+
+bool HasCapturedKernel()
+{
+    const KernelFacts facts = ParseOncePerSnapshot().facts;
+    if (facts == nullptr) {
+        return false;
+    }
+    const auto captured = facts->FindMember("capturedKernel");
+    return captured != facts->MemberEnd() && captured->value.IsTrue();
 }

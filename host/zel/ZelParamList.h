@@ -18,4 +18,10 @@ struct ZEL_ParamList
 
     const std::string& Text(std::size_t index) const { return std::get<std::string>(values.at(index)); }
     std::int64_t Integer(std::size_t index) const { return std::get<std::int64_t>(values.at(index)); }
+    /// An instance argument as it stands in a path.
+    std::string Name(std::size_t index) const
+    {
+        const std::int64_t* number = std::get_if<std::int64_t>(&values.at(index));
+        return number != nullptr ? std::to_string(static_cast<std::uint64_t>(*number)) : Text(index);
+    }
 };

@@ -1,19 +1,19 @@
 #pragma once
 
-#include <string>
+#include "ZelNodes.h"
 
-#include "ZEL.h"
+// The providers, each in the source file of its name.
 
-// The providers: each answers one node's GET (the data's bytes into @p data) or carries out its SET. Arguments have
-// been checked against the node's definition; what they throw becomes a status.
-
-ORV_ReturnStatus GetBootCmdLine(const ZEL_ParamList& instance, std::string& data);
-ORV_ReturnStatus GetBootMac(const ZEL_ParamList& instance, std::string& data);
-ORV_ReturnStatus GetBootOption(const ZEL_ParamList& instance, std::string& data);
-ORV_ReturnStatus GetBootFileSystemUuid(const ZEL_ParamList& instance, std::string& data);
-
-ORV_ReturnStatus SetSystemAlert(const ZEL_ParamList& instance, const ZEL_ParamList& input);
-
-ORV_ReturnStatus GetMemUsageLimit(const ZEL_ParamList& instance, std::string& data);
-ORV_ReturnStatus SetMemUsageLimit(const ZEL_ParamList& instance, const ZEL_ParamList& input);
-ORV_ReturnStatus GetInodeStats(const ZEL_ParamList& instance, std::string& data);
+extern const ZelProvider ZEL_BOOT_PROVIDER;
+extern const ZelProvider ZEL_SYSTEM_PROVIDER;
+extern const ZelProvider ZEL_ALERT_PROVIDER;
+extern const ZelProvider ZEL_RAMDISK_PROVIDER;
+extern const ZelProvider ZEL_INODE_PROVIDER;
+extern const ZelProvider ZEL_CPU_PROVIDER;
+extern const ZelProvider ZEL_MEMORY_PROVIDER;
+extern const ZelProvider ZEL_BLOCK_PROVIDER;
+extern const ZelProvider ZEL_MOUNT_PROVIDER;
+extern const ZelProvider ZEL_NET_PROVIDER;
+extern const ZelProvider ZEL_ADDRESS_PROVIDER;
+extern const ZelProvider ZEL_POWER_PROVIDER;
+extern const ZelProvider ZEL_PROCESS_PROVIDER;

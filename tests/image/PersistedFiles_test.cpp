@@ -1,14 +1,14 @@
 #include <gmock/gmock.h>
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <filesystem>
 #include <stdexcept>
 
+#include "FileSizeLimit.h"
+#include "HostUtil.h"
 #include "ImageTest.h"
 #include "NimbConfigStore.h"
 #include "NimbSchemaStore.h"
+#include "PrivateNamespace.h"
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -21,29 +21,6 @@ namespace
 const char* const BACKUP_LIST = "/var/run/talvor/files/backup-list";
 const char* const SKIP_LIST = "/var/run/talvor/files/skip-backup-list";
 const char* const NON_SCHEMA_LIST = "/var/run/nonSchemaFiles";
-
-/// While this exists, no file of the process grows beyond a size: a disk that is full.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit before_ = {};
-    void (*handler_)(int);
-};
 }  // namespace
 
 /// A host with a "net" package that lets its files persist and a "lock" package that restricts them.
@@ -105,6 +82,24 @@ protected:
 private:
     TestHost::Kernel kernel_;
 };
+
+TEST_F(PersistedFiles, AFileOfAnotherFileSystemIsNotTakenForItsNamesakeByNumber)
+{
+    Host().MakeFolder("/a");
+    Host().MakeFolder("/b");
+    const std::string unavailable = RunInPrivateNamespace([this] {
+        ASSERT_EQ(HostMount("none", "/a", "tmpfs", 0, nullptr) + HostMount("none", "/b", "tmpfs", 0, nullptr), 0);
+        // The two shadows are the first files of their file systems, and so have the same number.
+        Host().WriteFile("/b/.#file", "not delivered");
+        Host().WriteFile("/a/.#file", "delivered").WriteFile("/a/file", "changed");
+        Host().WithKernel({.tardisks = {{"net.v00", {"/a/file"}}}});
+        EXPECT_THAT(Filter({"/a/file", "/b/file"}), ElementsAre("/a/file"));
+        EXPECT_THAT(Errors(), Contains(HasSubstr("File /b/file cannot be mapped to tardisk")));
+    });
+    if (!unavailable.empty()) {
+        GTEST_SKIP() << unavailable;
+    }
+}
 
 TEST_F(PersistedFiles, DeclaredFilesAreListedByClassInOrder)
 {

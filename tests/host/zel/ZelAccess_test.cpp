@@ -96,7 +96,7 @@ TEST_F(ZelAccess, TheTypeOfAGetIsLookedUp)
 {
     const ZEL_Type* type = nullptr;
     ASSERT_EQ(ZEL_LookupOutputTypeOfGet(ZEL_NODE_system_quenfs_inodes_stats, &type), ORV_OK);
-    EXPECT_EQ(type->kind, ZEL_DATA_RECORD);
+    EXPECT_EQ(type->kind, ZEL_DATA_STRUCT);
     EXPECT_EQ(type->size, sizeof(ZEL_InodeStats));
     ZEL_ReleaseType(type);
     EXPECT_EQ(ZEL_LookupOutputTypeOfGet(ZEL_NODE_system_sysAlert, &type), ORV_NOT_SUPPORTED);

@@ -135,17 +135,3 @@ TEST(ZelBootWords, TheInstallerMediaWordSetsTheFourthByte)
     EXPECT_EQ(BootOptionOf("quiet installerMedia"), std::string("\0\0\0\1", 4));
     EXPECT_EQ(BootOptionOf("quiet noinstallerMedia installerMedia=0"), std::string(4, '\0'));
 }
-
-TEST(ZelBootWords, TheLastMountOfAPlaceIsItsSource)
-{
-    const std::string mounts =
-        "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
-        "23 22 0:5 / /dev rw - devtmpfs udev rw\n"
-        "24 22 8:2 / /boot rw master:2 shared:3 - ext4 /dev/sda2 rw\n"
-        "25 22 8:3 / /boot rw - ext4 /dev/sda3 rw\n"
-        "truncated\n";
-    EXPECT_EQ(MountSourceOf(mounts, "/"), "/dev/sda1");
-    EXPECT_EQ(MountSourceOf(mounts, "/boot"), "/dev/sda3");
-    EXPECT_EQ(MountSourceOf(mounts, "/home"), "");
-    EXPECT_EQ(MountSourceOf("22 1 8:1 / / rw", "/"), "");
-}

@@ -2,29 +2,22 @@
 
 #include <charconv>
 #include <filesystem>
-#include <fstream>
 #include <optional>
-#include <sstream>
 
 #include "CSLogger.h"
 #include "HostUtil.h"
+#include "KernelFile.h"
+#include "MountTable.h"
 #include "ZelBootWords.h"
 #include "ZelKernelFacts.h"
 #include "ZelProviders.h"
+#include "ZelTypes.h"
 
 namespace
 {
-std::optional<std::string> ReadKernelText(const char* path)
-{
-    std::ifstream file(HostPath(path), std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return file.is_open() && !text.fail() ? std::optional(text.str()) : std::nullopt;
-}
-
 std::optional<std::string> KernelCommandLine()
 {
-    std::optional<std::string> text = ReadKernelText("/proc/cmdline");
+    std::optional<std::string> text = ReadKernelFile("/proc/cmdline");
     if (text && text->ends_with('\n')) {
         text->pop_back();
     }
@@ -33,12 +26,12 @@ std::optional<std::string> KernelCommandLine()
 
 ORV_ReturnStatus GiveFact(const char* name, std::string& data)
 {
-    NimbConfigStore::JsonDocument facts;
-    if (const ORV_ReturnStatus status = LoadKernelFacts(facts); status != ORV_OK) {
-        return status;
+    const KernelFacts facts = LoadKernelFacts();
+    if (facts == nullptr) {
+        return ORV_FAILURE;
     }
-    const auto fact = facts.FindMember(name);
-    if (fact == facts.MemberEnd() || !fact->value.IsString()) {
+    const auto fact = facts->FindMember(name);
+    if (fact == facts->MemberEnd() || !fact->value.IsString()) {
         CSLogger::Log(CSLogger::ERROR, "The kernel's facts in %s give no text %s", KERNEL_FACTS_FILE, name);
         return ORV_FAILURE;
     }
@@ -92,7 +85,6 @@ std::string UuidOfDevice(const std::string& source)
     }
     return "";
 }
-}  // namespace
 
 ORV_ReturnStatus GetBootCmdLine(const ZEL_ParamList&, std::string& data)
 {
@@ -127,17 +119,50 @@ ORV_ReturnStatus GetBootFileSystemUuid(const ZEL_ParamList&, std::string& data)
     if (!IsRealHost()) {
         return GiveFact("bootFsUUID", data);
     }
-    const std::optional<std::string> mounts = ReadKernelText("/proc/self/mountinfo");
-    if (!mounts) {
+    const std::optional<std::string> text = ReadKernelFile(MOUNT_TABLE_FILE);
+    if (!text) {
         return ORV_FAILURE;
     }
+    const std::vector<MountEntry> mounts = ParseMountTable(*text);
     // A boot file system of its own goes before the one that everything else is on.
     for (const char* mountPoint : {"/boot", "/"}) {
-        const std::string source = MountSourceOf(*mounts, mountPoint);
-        data = source.starts_with("/dev/") ? UuidOfDevice(source) : "";
+        const MountEntry* entry = FindMount(mounts, mountPoint);
+        data = entry != nullptr && entry->source.starts_with("/dev/") ? UuidOfDevice(entry->source) : "";
         if (!data.empty()) {
             break;
         }
     }
     return ORV_OK;  // without a UUID it is the empty text, with which the host boots as from a changed bank
 }
+
+constexpr ZEL_Type BOOT_OPTION = ZelPlainType("bootOption", ZEL_DATA_BYTES, 4);
+
+constexpr ZelNode NODES[] = {
+    {.path = "/system/bootCmdLine",
+     .help = "boot command line of the kernel",
+     .id = ZEL_NODE_system_bootCmdLine,
+     .output = &ZEL_TEXT,
+     .get = GetBootCmdLine,
+     .inEveryRoot = true},
+    {.path = "/system/bootMAC",
+     .help = "MAC address of the network card that the host booted from",
+     .id = ZEL_NODE_system_bootMAC,
+     .output = &ZEL_TEXT,
+     .get = GetBootMac,
+     .inEveryRoot = true},
+    {.path = "/system/bootOption",
+     .help = "how the host booted; the fourth byte is nonzero for installer media",
+     .id = ZEL_NODE_system_bootOption,
+     .output = &BOOT_OPTION,
+     .get = GetBootOption,
+     .inEveryRoot = true},
+    {.path = "/system/bootFsUUID",
+     .help = "UUID of the boot file system",
+     .id = ZEL_NODE_system_bootFsUUID,
+     .output = &ZEL_TEXT,
+     .get = GetBootFileSystemUuid,
+     .inEveryRoot = true},
+};
+}  // namespace
+
+constinit const ZelProvider ZEL_BOOT_PROVIDER = NODES;

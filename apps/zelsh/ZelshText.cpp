@@ -1,0 +1,259 @@
+#include "ZelshText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+
+namespace Zelsh
+{
+namespace
+{
+struct CodePoint
+{
+    unsigned value;
+    std::size_t length;  // in bytes; 0 when the text does not begin with a well-formed sequence
+};
+
+bool IsContinuation(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
+}
+
+CodePoint FirstCodePoint(std::string_view text)
+{
+    const unsigned lead = static_cast<unsigned char>(text[0]);
+    if (lead < 0x80) {
+        return {lead, 1};
+    }
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
+        return {lead, 0};
+    }
+    unsigned value = lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        if (!IsContinuation(text[i])) {
+            return {lead, 0};
+        }
+        value = (value << 6) | (static_cast<unsigned char>(text[i]) & 0x3FU);
+    }
+    constexpr unsigned LEAST[] = {0, 0, 0x80, 0x800, 0x10000};
+    const bool isScalar = value >= LEAST[length] && value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
+    return {value, isScalar ? length : 0};
+}
+
+bool IsControl(unsigned value)
+{
+    return value < 0x20 || (value >= 0x7F && value < 0xA0);
+}
+
+std::string HexEscape(char byte)
+{
+    char escape[5];
+    std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(static_cast<unsigned char>(byte)));
+    return escape;
+}
+
+struct Escaped
+{
+    std::string text;
+    std::size_t length;  // of what it stands for
+};
+
+/// The character that @p text begins with. What is no character, or would do harm and is not in @p allowed, is written
+/// byte by byte as escapes; so are the characters of @p special, a backslash among them as two.
+Escaped EscapeFirst(std::string_view text, std::string_view special, std::string_view allowed)
+{
+    const CodePoint first = FirstCodePoint(text);
+    const std::size_t length = first.length == 0 ? 1 : first.length;
+    const bool isAllowed = allowed.find(text[0]) != std::string_view::npos;
+    if (first.length != 0 && (isAllowed || (!IsControl(first.value) && !text.starts_with("<EOM>"))) &&
+        special.find(text[0]) == std::string_view::npos) {
+        return {std::string(text.substr(0, length)), length};
+    }
+    std::string escaped;
+    for (const char byte : text.substr(0, length)) {
+        escaped += byte == '\\' ? "\\\\" : HexEscape(byte);
+    }
+    return {escaped, length};
+}
+
+/// How many bytes at the beginning of @p text stand for themselves whatever follows: nearly all that ever come.
+std::size_t PlainLength(std::string_view text, std::string_view special)
+{
+    const auto isPlain = [special](char byte) {
+        return byte >= ' ' && byte <= '~' && byte != '<' && special.find(byte) == std::string_view::npos;
+    };
+    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+}
+
+std::string Escape(std::string_view text, std::string_view special, std::string_view allowed = {})
+{
+    std::string escaped;
+    while (!text.empty()) {
+        const std::size_t plain = PlainLength(text, special);
+        escaped += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (!text.empty()) {
+            const Escaped first = EscapeFirst(text, special, allowed);
+            escaped += first.text;
+            text.remove_prefix(first.length);
+        }
+    }
+    return escaped;
+}
+
+bool IsUtf8(std::string_view text)
+{
+    while (!text.empty()) {
+        const CodePoint first = FirstCodePoint(text);
+        if (first.length == 0) {
+            return false;
+        }
+        text.remove_prefix(first.length);
+    }
+    return true;
+}
+
+bool IsPlain(std::string_view name)
+{
+    constexpr std::string_view PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_.:@%+,<>-";
+    const bool isSpecial = name.empty() || name == "." || name == ".." || name.find("<EOM>") != std::string_view::npos;
+    return !isSpecial && name.find_first_not_of(PLAIN) == std::string_view::npos;
+}
+
+/// The byte that the escape at the beginning of @p text stands for and how long the escape is; 0 when it is none.
+std::size_t TakeEscape(std::string_view text, char& byte)
+{
+    if (text.starts_with("\\\\")) {
+        byte = '\\';
+        return 2;
+    }
+    unsigned char value = 0;
+    if (!text.starts_with("\\x") || text.size() < 4 ||
+        std::from_chars(text.data() + 2, text.data() + 4, value, 16).ptr != text.data() + 4) {
+        return 0;
+    }
+    byte = static_cast<char>(value);
+    return 4;
+}
+
+/// Reads a word character by character.
+class WordReader
+{
+public:
+    explicit WordReader(std::string_view text) : text_(text) {}
+
+    /// Adds what stands next to @p name: a character, or what an escape stands for; nothing for a quote.
+    void Take(std::string& name)
+    {
+        char byte = text_[position_];
+        const std::size_t escape = TakeEscape(text_.substr(position_), byte);
+        if (escape == 0 && byte == '"') {
+            quoting_ = !quoting_;
+        } else {
+            name += byte;
+        }
+        position_ += escape == 0 ? 1 : escape;
+    }
+
+    bool AtEnd() const { return position_ == text_.size(); }
+    bool AtSlash() const { return !quoting_ && text_[position_] == '/'; }
+    bool AtQuote() const { return text_[position_] == '"'; }
+    std::size_t SkipSlash() { return ++position_; }
+
+private:
+    std::string_view text_;
+    std::size_t position_ = 0;
+    bool quoting_ = false;
+};
+}  // namespace
+
+std::string EscapeControls(std::string_view text)
+{
+    return Escape(text, "");
+}
+
+std::string EscapeValue(std::string_view text)
+{
+    return Escape(text, "\\");
+}
+
+std::string EscapeMessage(std::string_view text)
+{
+    return Escape(text, "", "\n\t");
+}
+
+std::string EscapeDiagnostic(std::string_view text)
+{
+    return Escape(text, "", "<");
+}
+
+std::string PythonBytes(std::string_view bytes)
+{
+    std::string literal = "b'";
+    for (const char byte : bytes) {
+        literal += HexEscape(byte);
+    }
+    return literal + "'";
+}
+
+std::string PythonText(std::string_view text)
+{
+    if (!IsUtf8(text)) {
+        return PythonBytes(text);
+    }
+    std::string literal = "'";
+    while (!text.empty()) {
+        const std::size_t plain = PlainLength(text, "\\'");
+        literal += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) {
+            break;
+        }
+        const CodePoint first = FirstCodePoint(text);
+        const Escaped escaped = EscapeFirst(text, "\\'", "");
+        // Two bytes in UTF-8, but one number in an escape of Python's.
+        const bool isWide = first.length == 2 && IsControl(first.value);
+        literal += isWide ? HexEscape(static_cast<char>(first.value)) : escaped.text;
+        text.remove_prefix(escaped.length);
+    }
+    return literal + "'";
+}
+
+std::string Hexadecimal(std::string_view bytes)
+{
+    std::string digits;
+    for (const char byte : bytes) {
+        digits += HexEscape(byte).substr(2);
+    }
+    return digits;
+}
+
+std::string QuoteComponent(std::string_view name)
+{
+    return IsPlain(name) ? std::string(name) : '"' + Escape(name, "\\\"=") + '"';
+}
+
+std::string Unquote(std::string_view word)
+{
+    std::string text;
+    for (WordReader reader(word); !reader.AtEnd();) {
+        reader.Take(text);
+    }
+    return text;
+}
+
+std::vector<Component> SplitPath(std::string_view text)
+{
+    std::vector<Component> components = {{"", false, 0}};
+    for (WordReader reader(text); !reader.AtEnd();) {
+        if (reader.AtSlash()) {
+            components.push_back({"", false, reader.SkipSlash()});
+            continue;
+        }
+        components.back().quoted |= reader.AtQuote();
+        reader.Take(components.back().name);
+    }
+    return components;
+}
+}  // namespace Zelsh
