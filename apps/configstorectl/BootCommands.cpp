@@ -16,13 +16,6 @@ namespace ConfigStoreCtl
 {
 namespace
 {
-constexpr const char* BOOT_LOG = "/var/log/talvor/configstore-boot.log";
-
-std::string ModeText(std::optional<int> mode)
-{
-    return mode ? fmt::format("{} ({})", *mode, BootModeName(*mode)) : "-";
-}
-
 // ---- load ---------------------------------------------------------------------------------------------------------
 
 /// The mode that the load found: it is consumed by then, and the boot log alone still knows it.
@@ -37,15 +30,6 @@ std::optional<int> ModeOfLoad()
         }
     }
     return mode;
-}
-
-std::string LastAlert(const std::vector<HostEvent>& events)
-{
-    std::string text = std::string("the load ended early: see ") + BOOT_LOG;
-    for (const HostEvent& event : events) {
-        text = event.kind == "alert" ? event.text : text;
-    }
-    return text;
 }
 
 // ---- facts --------------------------------------------------------------------------------------------------------
@@ -100,11 +84,11 @@ void BootLoad(const Arguments& arguments, Output& output)
                     {"boot info", nullptr},
                     {nullptr, "bootInfo"},
                     {"events", "events"}},
-                   {{complete ? "complete" : "failed", ModeText(mode), mode ? Field(std::int64_t{*mode}) : Field(),
+                   {{complete ? "complete" : "failed", BootModeText(mode), mode ? Field(std::int64_t{*mode}) : Field(),
                      mode ? Field(BootModeName(*mode)) : Field(), info, info.empty() ? Field() : Field(JsonText{info}),
                      EventTexts(events)}}});
     if (!complete) {
-        output.Refuse(LastAlert(events));
+        output.Refuse(WhyLoadEnded(events));
     }
 }
 
@@ -132,8 +116,8 @@ void BootFacts(const Arguments&, Output& output)
           {"automatic configuration", "isAutoConf"}},
          {{TextNode(ZEL_NODE_system_bootCmdLine, "/system/bootCmdLine"),
            TextNode(ZEL_NODE_system_bootMAC, "/system/bootMAC"), BootOption(),
-           TextNode(ZEL_NODE_system_bootFsUUID, "/system/bootFsUUID"), remembered, ModeText(mode), std::int64_t{mode},
-           BootModeName(mode), NimbConfigStore::IsInstalled(), NimbConfigStore::IsDebugUpgrade(),
+           TextNode(ZEL_NODE_system_bootFsUUID, "/system/bootFsUUID"), remembered, BootModeText(mode),
+           std::int64_t{mode}, BootModeName(mode), NimbConfigStore::IsInstalled(), NimbConfigStore::IsDebugUpgrade(),
            NimbConfigStore::IsSkorlInstalled(), NimbConfigStore::HasBootbankChanged(), NimbConfigStore::IsUpgrade(),
            NimbConfigStore::IsAutoConf()}}});
 }
@@ -151,7 +135,18 @@ void BootMode(const Arguments& arguments, Output& output)
     }
     const int mode = NimbConfigStore::GetBootMode();
     output.Record({{{"boot mode", nullptr}, {nullptr, "bootMode"}, {nullptr, "bootModeName"}},
-                   {{ModeText(mode), std::int64_t{mode}, BootModeName(mode)}}});
+                   {{BootModeText(mode), std::int64_t{mode}, BootModeName(mode)}}});
+}
+
+void BootNotify(const Arguments& arguments, Output& output)
+{
+    RequireStore(DBStore::Type::ConfigStore);
+    const bool wanted = arguments.values[0] == NimbConfigStore::TRUE_STR;
+    CallWatch watch;
+    NimbConfigStore::EnableTrelldNotification(wanted);
+    const bool notified = ReadEntry(NimbConfigStore::NOTIFY_TRELLD) == NimbConfigStore::TRUE_STR;
+    watch.ThrowErrors(notified == wanted ? "" : "the switch could not be written");
+    output.Record({{{"notification", "notification"}}, {{notified}}});
 }
 
 void BootFinish(const Arguments&, Output& output)
@@ -198,6 +193,7 @@ void BootRecordClear(const Arguments&, Output& output)
 void BootFailures(const Arguments&, Output& output)
 {
     RequireStore(DBStore::Type::ConfigStore);
+    RequireStore(DBStore::Type::SchemaStore);
     Listing listing{{{"OBJECT", nullptr}, {nullptr, "component"}, {nullptr, "group"}, {nullptr, "key"}}, {}};
     for (const NimbConfigStore::FailureRecord& failure : NimbConfigStore::GetBootTimeRestoreFailures()) {
         listing.rows.push_back({failure.component + "/" + failure.configGroup + "/" + failure.name, failure.component,

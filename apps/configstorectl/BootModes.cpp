@@ -25,6 +25,20 @@ const char* BootModeName(int mode)
     return mode >= 0 && mode < MODES ? NAMES[mode] : "unknown";
 }
 
+std::string BootModeText(std::optional<int> mode)
+{
+    return mode ? std::to_string(*mode) + " (" + BootModeName(*mode) + ")" : "-";
+}
+
+std::optional<int> StoredBootMode()
+{
+    try {
+        return NimbConfigStore::GetBootMode();
+    } catch (const std::logic_error&) {
+        return std::nullopt;
+    }
+}
+
 NimbConfigStore::BOOTMODE ParseBootMode(const std::string& text)
 {
     const int mode = ModeNumber(text);

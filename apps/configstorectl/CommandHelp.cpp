@@ -10,14 +10,6 @@ namespace
 {
 using Line = std::pair<std::string, std::string>;
 
-const std::vector<Line> GLOBAL_OPTIONS = {
-    {"--root DIR", "work on the host whose files are below DIR instead of this machine"},
-    {"--json", "print one JSON document instead of text"},
-    {"-v, --verbose", "copy log lines to standard error"},
-    {"--help", "print help on the command, or on all, and end"},
-    {"--version", "print the version and end"},
-};
-
 std::string ArgumentUsage(const ArgumentRow& row)
 {
     std::string name = row.name;
@@ -69,16 +61,14 @@ std::string CommandHelp(const Command& command)
            Section("options", options);
 }
 
-/// The commands whose words begin with those of @p group.
-std::vector<const Command*> CommandsBelow(const std::string& group)
+std::string GlobalOptionsHelp()
 {
-    std::vector<const Command*> below;
-    for (const Command& command : Commands()) {
-        if (group.empty() || (std::string(command.path) + " ").rfind(group + " ", 0) == 0) {
-            below.push_back(&command);
-        }
+    std::vector<Line> lines;
+    for (const GlobalOption& option : GlobalOptions()) {
+        lines.emplace_back(option.names + (option.value != nullptr ? std::string(" ") + option.value : ""),
+                           option.help);
     }
-    return below;
+    return Section("options of every command", lines);
 }
 }  // namespace
 
@@ -97,7 +87,7 @@ std::string Usage(const Command& command)
 std::string HelpText(const std::string& path)
 {
     const std::vector<const Command*> commands = CommandsBelow(path);
-    const std::string options = Section("options of every command", GLOBAL_OPTIONS);
+    const std::string options = GlobalOptionsHelp();
     if (commands.size() == 1 && commands.front()->path == path) {
         return CommandHelp(*commands.front()) + options;
     }
@@ -108,6 +98,7 @@ std::string HelpText(const std::string& path)
     }
     const std::string words = path.empty() ? "COMMAND" : path + " COMMAND";
     return "usage: configstorectl [--root DIR] [--json] [-v] " + words + "\n" + Section("commands", lines) + options +
-           "\nExit status: 0 done, 1 the operation failed, 2 the call was wrong.\n";
+           "\nExit status: 0 done, 1 the operation failed, 2 the call was wrong, "
+           "3 the next boot would change something.\n";
 }
 }  // namespace ConfigStoreCtl

@@ -11,16 +11,35 @@ namespace ConfigStoreCtl
 {
 namespace
 {
-// The parser takes a repeated argument in brackets for a list and "++" for the end of a command. Behind a mark both
-// pass as the plain texts that they are here.
+// The parser takes a repeated argument in brackets for a list, "++" for the end of a command and each "--" for the
+// first. Behind a mark they pass as the plain texts that they are here, and so does a text that begins with the mark
+// itself.
 constexpr char MARK = '\x01';
 
 std::string Marked(const std::string& text)
 {
-    return text == "++" || (!text.empty() && text[0] == '[') ? MARK + text : text;
+    return text == "++" || (!text.empty() && (text[0] == '[' || text[0] == MARK)) ? MARK + text : text;
+}
+
+/// What the parser reads: the words from the last to the first.
+std::vector<std::string> Prepared(const std::vector<std::string>& words)
+{
+    const auto dashes = std::find(words.begin(), words.end(), "--");
+    std::vector<std::string> prepared;
+    for (auto word = words.begin(); word != words.end(); ++word) {
+        prepared.push_back(word > dashes && *word == "--" ? MARK + *word : Marked(*word));
+    }
+    std::reverse(prepared.begin(), prepared.end());
+    return prepared;
 }
 
 std::string Unmarked(std::string text)
+{
+    return !text.empty() && text[0] == MARK ? text.substr(1) : text;
+}
+
+/// The parser's own words, with the caller's somewhere among them.
+std::string WithoutMarks(std::string text)
 {
     text.erase(std::remove(text.begin(), text.end(), MARK), text.end());
     return text;
@@ -29,6 +48,13 @@ std::string Unmarked(std::string text)
 std::string CheckFolder(const std::string& text)
 {
     return CLI::ExistingDirectory(Unmarked(text));
+}
+
+void AddCheck(ArgumentCheck check, CLI::Option* option)
+{
+    if (check != nullptr) {
+        option->check([check](const std::string& text) { return check(Unmarked(text)); });
+    }
 }
 
 /// The parser of the whole table.
@@ -61,8 +87,8 @@ CommandLine::CommandLine() : app_("", "configstorectl")
 {
     app_.fallthrough();
     app_.require_subcommand(0, 1);
-    app_.set_help_flag("--help");
-    app_.set_version_flag("--version", "configstorectl " CONFIGSTORECTL_VERSION "\n");
+    app_.set_help_flag("--help")->disable_flag_override();
+    app_.set_version_flag("--version", "configstorectl " CONFIGSTORECTL_VERSION "\n")->disable_flag_override();
     app_.add_option("--root", call_.root)->check(CheckFolder);
     app_.add_flag("--json", call_.json)->disable_flag_override();
     app_.add_flag("-v,--verbose", call_.verbose)->disable_flag_override();
@@ -84,6 +110,7 @@ CLI::App* CommandLine::Group(const std::string& path)
     CLI::App* parent = Group(space == std::string::npos ? "" : path.substr(0, space));
     CLI::App* group = parent->add_subcommand(path.substr(space + 1));  // the whole path when it is one word
     group->require_subcommand(0, 1);
+    group->set_help_flag("--help")->disable_flag_override();
     return groups_[path] = group;
 }
 
@@ -95,16 +122,16 @@ void CommandLine::Add(const Command& command)
         const bool many = row.count == ArgumentRow::ANY_NUMBER || row.count == ArgumentRow::AT_LEAST_ONE;
         CLI::Option* option = app->add_option(row.name)->expected(many ? CLI::detail::expected_max_vector_size : 1);
         option->required(row.count == ArgumentRow::ONE || row.count == ArgumentRow::AT_LEAST_ONE);
-        if (row.check != nullptr) {
-            option->check([check = row.check](const std::string& text) { return check(Unmarked(text)); });
-        }
+        AddCheck(row.check, option);
         positionals_[app].push_back(option);
     }
     for (const OptionRow& row : command.options) {
         if (row.value == nullptr) {
             app->add_flag(row.name)->disable_flag_override();
         } else {
-            app->add_option(row.name)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+            CLI::Option* option =
+                app->add_option(row.name)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+            AddCheck(row.check, option);
         }
     }
 }
@@ -152,7 +179,7 @@ void CommandLine::Refuse(const CLI::ParseError& error) const
 {
     const std::string path = Path(Deepest());
     const std::vector<std::string> unexpected = app_.remaining(true);
-    std::string why = Unmarked(error.what());
+    std::string why = WithoutMarks(error.what());
     if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr && !unexpected.empty()) {
         const std::string first = Unmarked(unexpected.front());
         const bool group = commands_.count(Deepest()) == 0;
@@ -178,10 +205,8 @@ void CommandLine::Understand()
 
 Call CommandLine::Parse(const std::vector<std::string>& arguments)
 {
-    std::vector<std::string> reversed;
-    std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(reversed), Marked);
     try {
-        app_.parse(std::move(reversed));
+        app_.parse(Prepared(arguments));
         Understand();
     } catch (const CLI::CallForHelp&) {
         call_.text = HelpText(Path(Deepest()));

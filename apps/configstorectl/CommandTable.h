@@ -24,6 +24,9 @@ struct Arguments
 /// Why a text is not acceptable; empty when it is.
 using ArgumentCheck = std::string (*)(const std::string& text);
 
+/// The texts that a shell may offer for an argument; throws when they cannot be read.
+using ArgumentSource = std::vector<std::string> (*)();
+
 /// A positional argument. The last of a command may repeat.
 struct ArgumentRow
 {
@@ -38,6 +41,7 @@ struct ArgumentRow
     Count count;
     const char* help;
     ArgumentCheck check = nullptr;
+    ArgumentSource source = nullptr;
 };
 
 /// An option of one command; it may be repeated.
@@ -46,9 +50,18 @@ struct OptionRow
     const char* name;   ///< with its dashes
     const char* value;  ///< what its value is called; null for a flag
     const char* help;
+    ArgumentCheck check = nullptr;
 };
 
-/// One command. Parsing, help and the errors of a wrong call are made from this row alone.
+/// An option that works with every command.
+struct GlobalOption
+{
+    const char* names;  ///< "-v, --verbose"
+    const char* value;  ///< what its value is called; null for a flag
+    const char* help;
+};
+
+/// One command. Parsing, help, completion, the manual page and the errors of a wrong call are made from this row alone.
 struct Command
 {
     const char* path;  ///< its words, noun first: "boot record set"
@@ -56,8 +69,15 @@ struct Command
     void (*handler)(const Arguments& arguments, Output& output);
     std::vector<ArgumentRow> arguments = {};
     std::vector<OptionRow> options = {};
+    bool isLong = false;  ///< may take seconds: shows on a terminal how far it is
 };
 
 /// Every command, in the order in which help lists them.
 const std::vector<Command>& Commands();
+
+/// Every option that works with every command.
+const std::vector<GlobalOption>& GlobalOptions();
+
+/// The commands whose words begin with those of @p path; all for an empty one.
+std::vector<const Command*> CommandsBelow(const std::string& path);
 }  // namespace ConfigStoreCtl

@@ -8,6 +8,7 @@ namespace ConfigStoreCtl
 void BootLoad(const Arguments& arguments, Output& output);
 void BootFacts(const Arguments& arguments, Output& output);
 void BootMode(const Arguments& arguments, Output& output);
+void BootNotify(const Arguments& arguments, Output& output);
 void BootFinish(const Arguments& arguments, Output& output);
 void BootRecordShow(const Arguments& arguments, Output& output);
 void BootRecordSet(const Arguments& arguments, Output& output);
@@ -33,6 +34,10 @@ void ConfigList(const Arguments& arguments, Output& output);
 void ConfigShow(const Arguments& arguments, Output& output);
 
 void DesiredValidate(const Arguments& arguments, Output& output);
+void DesiredSet(const Arguments& arguments, Output& output);
+void DesiredSmartnic(const Arguments& arguments, Output& output);
+void DesiredDelete(const Arguments& arguments, Output& output);
+void DesiredPlan(const Arguments& arguments, Output& output);
 void DesiredShow(const Arguments& arguments, Output& output);
 
 void CleanupAutoConf(const Arguments& arguments, Output& output);
@@ -40,6 +45,7 @@ void CleanupStores(const Arguments& arguments, Output& output);
 void CleanupFiles(const Arguments& arguments, Output& output);
 
 void ImageList(const Arguments& arguments, Output& output);
+void ImageIds(const Arguments& arguments, Output& output);
 void ImageSchemaIds(const Arguments& arguments, Output& output);
 void ImageDump(const Arguments& arguments, Output& output);
 
@@ -48,8 +54,14 @@ void FilesFilter(const Arguments& arguments, Output& output);
 void FilesTrackBackup(const Arguments& arguments, Output& output);
 void FilesTrackNonSchema(const Arguments& arguments, Output& output);
 
+void Metrics(const Arguments& arguments, Output& output);
+
 void StoreBackup(const Arguments& arguments, Output& output);
 void StoreCheck(const Arguments& arguments, Output& output);
 
+void RamdiskSetup(const Arguments& arguments, Output& output);
+
 void Events(const Arguments& arguments, Output& output);
+
+void Complete(const Arguments& arguments, Output& output);
 }  // namespace ConfigStoreCtl

@@ -14,8 +14,6 @@ namespace ConfigStoreCtl
 {
 namespace
 {
-constexpr const char* LOG_FILE = "/var/log/talvor/configstore.log";
-
 std::string Member(const JsonValue& object, const char* name)
 {
     const auto member = object.FindMember(name);
@@ -48,29 +46,48 @@ std::vector<std::string> NewLinesIfReadable(LineTail& tail)
     }
 }
 
+void SkipToEndIfReadable(LineTail& tail)
+{
+    try {
+        tail.SkipToEnd();
+    } catch (const CommandFailure&) {
+        return;  // nor will its new lines be readable
+    }
+}
+
 CallWatch::CallWatch() : log_(LOG_FILE), events_(EVENT_FILE)
 {
-    for (LineTail* tail : {&log_, &events_}) {
-        try {
-            tail->SkipToEnd();
-        } catch (const CommandFailure&) {
-            continue;  // nor will its new lines be readable
+    SkipToEndIfReadable(log_);
+    SkipToEndIfReadable(events_);
+}
+
+std::vector<std::string> CallWatch::ErrorLines()
+{
+    return LinesOf("error");
+}
+
+std::vector<std::string> CallWatch::WarningLines()
+{
+    return LinesOf("warning");
+}
+
+std::vector<std::string> CallWatch::LinesOf(const std::string& level)
+{
+    // A line is "TIME LEVEL [PROCESS] TEXT"; other processes write to the same file.
+    const std::string mark = " " + level + " [" + std::to_string(getpid()) + "] ";
+    std::vector<std::string> lines;
+    for (const std::string& line : NewLinesIfReadable(log_)) {
+        const std::size_t found = line.find(mark);
+        if (found != std::string::npos && found == line.find(' ')) {
+            lines.push_back(line.substr(found + mark.size()));
         }
     }
+    return lines;
 }
 
 std::string CallWatch::Errors()
 {
-    // A line is "TIME LEVEL [PROCESS] TEXT"; other processes write to the same file.
-    const std::string mark = " error [" + std::to_string(getpid()) + "] ";
-    std::string errors;
-    for (const std::string& line : NewLinesIfReadable(log_)) {
-        const std::size_t found = line.find(mark);
-        if (found != std::string::npos && found == line.find(' ')) {
-            errors += (errors.empty() ? "" : "; ") + line.substr(found + mark.size());
-        }
-    }
-    return errors;
+    return Joined(ErrorLines());
 }
 
 std::vector<HostEvent> CallWatch::Events()
@@ -88,6 +105,24 @@ void CallWatch::ThrowErrors(const std::string& otherwise)
     if (!errors.empty() || !otherwise.empty()) {
         throw std::runtime_error(errors.empty() ? otherwise : errors);
     }
+}
+
+std::string WhyLoadEnded(const std::vector<HostEvent>& events)
+{
+    std::string text = std::string("the load ended early: see ") + BOOT_LOG;
+    for (const HostEvent& event : events) {
+        text = event.kind == "alert" ? event.text : text;
+    }
+    return text;
+}
+
+std::string Joined(const std::vector<std::string>& lines)
+{
+    std::string joined;
+    for (const std::string& line : lines) {
+        joined += (joined.empty() ? "" : "; ") + line;
+    }
+    return joined;
 }
 
 std::vector<std::string> EventTexts(const std::vector<HostEvent>& events)

@@ -7,7 +7,9 @@
 
 namespace ConfigStoreCtl
 {
+inline constexpr const char* LOG_FILE = "/var/log/talvor/configstore.log";
 inline constexpr const char* EVENT_FOLDER = "/var/log/talvor";
+inline constexpr const char* BOOT_LOG = "/var/log/talvor/configstore-boot.log";
 inline constexpr const char* EVENT_FILE = "/var/log/talvor/events.jsonl";
 
 /// An observation event or a system alert that the host raised.
@@ -30,8 +32,11 @@ class CallWatch
 public:
     CallWatch();
 
-    /// The error lines that this process logged, joined; empty when there are none.
+    /// The error lines that this process logged, one by one and joined, and its warnings; empty when there are none.
+    /// Asking for one kind passes over the other.
+    std::vector<std::string> ErrorLines();
     std::string Errors();
+    std::vector<std::string> WarningLines();
 
     /// The events raised, by any process.
     std::vector<HostEvent> Events();
@@ -40,9 +45,20 @@ public:
     void ThrowErrors(const std::string& otherwise = "");
 
 private:
+    std::vector<std::string> LinesOf(const std::string& level);
+
     LineTail log_;
     LineTail events_;
 };
+
+/// The text of the last alert among @p events; without one, that the load's log tells more.
+std::string WhyLoadEnded(const std::vector<HostEvent>& events);
+
+/// The lines, joined by "; ".
+std::string Joined(const std::vector<std::string>& lines);
+
+/// From now on @p tail has only what is added, if it can be read.
+void SkipToEndIfReadable(LineTail& tail);
 
 /// The new lines of @p tail; none when it cannot be read.
 std::vector<std::string> NewLinesIfReadable(LineTail& tail);

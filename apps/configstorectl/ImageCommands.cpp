@@ -1,9 +1,9 @@
 #include <fcntl.h>
 #include <unistd.h>
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <set>
 
 #include "Commands.h"
 #include "HostUtil.h"
@@ -14,6 +14,15 @@ namespace ConfigStoreCtl
 namespace
 {
 constexpr const char* DUMP_FILE = "/tmp/image-info.csv";
+
+void ListInOrder(const Column& column, const std::unordered_set<std::string>& texts, Output& output)
+{
+    Listing listing{{column}, {}};
+    for (const std::string& text : std::set(texts.begin(), texts.end())) {
+        listing.rows.push_back({text});
+    }
+    output.Table(listing);
+}
 }  // namespace
 
 void ImageList(const Arguments&, Output& output)
@@ -34,16 +43,14 @@ void ImageList(const Arguments&, Output& output)
     output.Table(listing);
 }
 
+void ImageIds(const Arguments&, Output& output)
+{
+    ListInOrder({"BREV", "id"}, NimbImage::GetBrevIds(), output);
+}
+
 void ImageSchemaIds(const Arguments&, Output& output)
 {
-    const auto found = NimbImage::GetSchemaIds();
-    std::vector<std::string> ids(found.begin(), found.end());
-    std::sort(ids.begin(), ids.end());
-    Listing listing{{{"SCHEMA", "schemaId"}}, {}};
-    for (const std::string& id : ids) {
-        listing.rows.push_back({id});
-    }
-    output.Table(listing);
+    ListInOrder({"SCHEMA", "schemaId"}, NimbImage::GetSchemaIds(), output);
 }
 
 void ImageDump(const Arguments&, Output& output)

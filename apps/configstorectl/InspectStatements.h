@@ -25,6 +25,11 @@ inline constexpr const char* FILTER_KEY = " AND Name = ?";
 inline constexpr const char* FILTER_IDENTIFIER = " AND Identifier = ?";
 inline constexpr const char* ORDER_BY_OBJECT = " ORDER BY Component, ConfigGroup, Name, Identifier";
 
+inline constexpr const char* OBJECTS_OF_CONFIG = "SELECT DISTINCT Component, ConfigGroup, Name FROM Config";
+inline constexpr const char* OBJECTS_OF_DEFAULTS = "SELECT DISTINCT Component, ConfigGroup, Name FROM DefaultConfig";
+inline constexpr const char* OBJECTS_OF_SCHEMAS =
+    "SELECT Component, ConfigGroup, Name FROM ConfigSchema ORDER BY Component, ConfigGroup, Name";
+
 inline constexpr const char* COUNT_CONFIG = "SELECT COUNT(*) FROM Config";
 inline constexpr const char* COUNT_DATAFILES = "SELECT COUNT(*) FROM DataFileMetadata";
 inline constexpr const char* COUNT_DEFAULTS = "SELECT COUNT(*) FROM DefaultConfig";

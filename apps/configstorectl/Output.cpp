@@ -1,121 +1,21 @@
 #include "Output.h"
 
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <limits>
 #include <ostream>
 
 #include "ConfigStoreDocument.h"
+#include "OutputJson.h"
 #include "TerminalText.h"
 
 using NimbConfigStore::JsonDocument;
-using NimbConfigStore::JsonValue;
 
 namespace ConfigStoreCtl
 {
 namespace
 {
-using PrettyWriter = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
-
-// ---- JSON ---------------------------------------------------------------------------------------------------------
-
-template <class Writer>
-void WriteText(Writer& writer, const std::string& text)
-{
-    writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-}
-
-/// Writes one field as JSON.
-template <class Writer>
-struct JsonField
-{
-    Writer& writer;
-
-    void operator()(std::monostate) const { writer.Null(); }
-    void operator()(bool value) const { writer.Bool(value); }
-    void operator()(std::int64_t value) const { writer.Int64(value); }
-    void operator()(const std::string& value) const { WriteText(writer, value); }
-
-    void operator()(const JsonText& value) const
-    {
-        JsonDocument document;
-        if (ConfigStoreDocument::ParseText(value.text, document)) {
-            document.Accept(writer);
-        } else {
-            WriteText(writer, value.text);
-        }
-    }
-
-    void operator()(const std::vector<std::string>& values) const
-    {
-        writer.StartArray();
-        for (const std::string& value : values) {
-            WriteText(writer, value);
-        }
-        writer.EndArray();
-    }
-};
-
-template <class Writer>
-void WriteObject(Writer& writer, const Listing& listing, const std::vector<Field>& row)
-{
-    writer.StartObject();
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        if (listing.columns[i].member != nullptr) {
-            writer.Key(listing.columns[i].member);
-            std::visit(JsonField<Writer>{writer}, row[i]);
-        }
-    }
-    writer.EndObject();
-}
-
-std::string JsonArray(const Listing& listing)
-{
-    rapidjson::StringBuffer buffer;
-    PrettyWriter writer(buffer);
-    writer.SetIndent(' ', 2);
-    writer.StartArray();
-    for (const std::vector<Field>& row : listing.rows) {
-        WriteObject(writer, listing, row);
-    }
-    writer.EndArray();
-    return EscapeJsonControls(buffer.GetString()) + "\n";
-}
-
-std::string JsonObject(const Listing& listing)
-{
-    rapidjson::StringBuffer buffer;
-    PrettyWriter writer(buffer);
-    writer.SetIndent(' ', 2);
-    WriteObject(writer, listing, listing.rows.at(0));
-    return EscapeJsonControls(buffer.GetString()) + "\n";
-}
-
-std::string JsonLines(const Listing& listing)
-{
-    std::string lines;
-    for (const std::vector<Field>& row : listing.rows) {
-        rapidjson::StringBuffer buffer;
-        rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-        WriteObject(writer, listing, row);
-        lines += EscapeJsonControls(buffer.GetString()) + "\n";
-    }
-    return lines;
-}
-
-std::string PrettyJson(const JsonValue& value)
-{
-    rapidjson::StringBuffer buffer;
-    PrettyWriter writer(buffer);
-    writer.SetIndent(' ', 2);
-    value.Accept(writer);
-    return EscapeJsonControls(buffer.GetString());
-}
-
-// ---- Text ---------------------------------------------------------------------------------------------------------
-
 std::string OrDash(const std::string& text)
 {
     return text.empty() ? "-" : text;
@@ -142,73 +42,87 @@ struct TextField
     {
         return OrDash(EscapeControls(Joined(values)));
     }
+    std::string operator()(const TextLines& value) const { return (*this)(value.texts); }
+    std::string operator()(const ListingPtr&) const { return "-"; }
 };
 
-/// One field as the lines of a record: JSON is laid out, a list has a line per element.
-std::vector<std::string> RecordField(const Field& field)
+using TextRow = std::vector<std::string>;
+
+/// The lines of one field in a table.
+std::vector<std::string> CellLines(const Field& field)
 {
-    std::vector<std::string> lines;
-    JsonDocument document;
-    if (const auto* json = std::get_if<JsonText>(&field);
-        json != nullptr && ConfigStoreDocument::ParseText(json->text, document)) {
-        std::string rest = PrettyJson(document);
-        for (std::size_t end = rest.find('\n'); end != std::string::npos; end = rest.find('\n')) {
-            lines.push_back(rest.substr(0, end));
-            rest.erase(0, end + 1);
-        }
-        lines.push_back(rest);
-        return lines;
+    const auto* lines = std::get_if<TextLines>(&field);
+    if (lines == nullptr || lines->texts.empty()) {
+        return {std::visit(TextField{}, field)};
     }
-    if (const auto* texts = std::get_if<std::vector<std::string>>(&field); texts != nullptr && !texts->empty()) {
-        for (const std::string& text : *texts) {
-            lines.push_back(EscapeControls(text));
-        }
-        return lines;
-    }
-    return {std::visit(TextField{}, field)};
+    std::vector<std::string> texts;
+    std::transform(lines->texts.begin(), lines->texts.end(), std::back_inserter(texts), EscapeControls);
+    return texts;
 }
 
-std::vector<std::vector<std::string>> TextRows(const Listing& listing)
+/// One row of a listing; a field of several lines makes as many rows, empty but for its column.
+void AppendTextRows(const Listing& listing, const std::vector<Field>& row, std::vector<TextRow>& rows)
 {
-    std::vector<std::vector<std::string>> rows;
-    for (const std::vector<Field>& row : listing.rows) {
-        std::vector<std::string>& cells = rows.emplace_back();
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            if (listing.columns[i].title != nullptr) {
-                cells.push_back(std::visit(TextField{}, row[i]));
-            }
+    const auto hasTitle = [](const Column& column) { return column.title != nullptr; };
+    const TextRow empty(
+        static_cast<std::size_t>(std::count_if(listing.columns.begin(), listing.columns.end(), hasTitle)));
+    const std::size_t first = rows.size();
+    std::size_t cell = 0;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        if (!hasTitle(listing.columns[i])) {
+            continue;
         }
+        const std::vector<std::string> lines = CellLines(row[i]);
+        rows.resize(std::max(rows.size(), first + lines.size()), empty);
+        for (std::size_t line = 0; line < lines.size(); ++line) {
+            rows[first + line][cell] = lines[line];
+        }
+        ++cell;
+    }
+}
+
+std::vector<TextRow> TextRows(const Listing& listing)
+{
+    std::vector<TextRow> rows;
+    for (const std::vector<Field>& row : listing.rows) {
+        AppendTextRows(listing, row, rows);
     }
     return rows;
 }
+
+constexpr std::size_t GAP = 2;  // columns between two cells
 
 std::string Padded(const std::string& text, std::size_t width)
 {
     const std::size_t taken = DisplayWidth(text);
     return taken < width ? text + std::string(width - taken, ' ') : text;
 }
-}  // namespace
 
-std::string Output::Bold(const std::string& text) const
-{
-    return style_.colour ? "\x1b[1m" + text + "\x1b[0m" : text;
-}
-
-void Output::TableLine(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths, bool bold)
+std::string TableLine(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths)
 {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
         line += i + 1 < cells.size() ? Padded(cells[i], widths[i]) + "  " : cells[i];
     }
-    text_ += (bold ? Bold(line) : line) + "\n";
+    return line;
 }
 
-void Output::Stream(const Listing& listing, bool first)
+std::vector<std::string> Lines(const std::string& text)
 {
-    if (style_.json) {
-        text_ += JsonLines(listing);
-        return;
+    std::vector<std::string> lines(1);
+    for (const char c : text) {
+        if (c == '\n') {
+            lines.emplace_back();
+        } else {
+            lines.back() += c;
+        }
     }
+    return lines;
+}
+
+std::vector<std::string> PlainTable(const Listing& listing, bool heading)
+{
+    std::vector<std::vector<std::string>> table = TextRows(listing);
     std::vector<std::string> titles;
     std::vector<std::size_t> widths;
     for (const Column& column : listing.columns) {
@@ -217,17 +131,149 @@ void Output::Stream(const Listing& listing, bool first)
             widths.push_back(std::max(column.width, titles.back().size()));
         }
     }
-    const std::vector<std::vector<std::string>> rows = TextRows(listing);
-    for (const std::vector<std::string>& row : rows) {
+    for (const std::vector<std::string>& row : table) {
         for (std::size_t i = 0; i < row.size(); ++i) {
             widths[i] = std::max(widths[i], DisplayWidth(row[i]));
         }
     }
-    if (first) {
-        TableLine(titles, widths, true);
+    if (heading) {
+        table.insert(table.begin(), titles);
     }
-    for (const std::vector<std::string>& row : rows) {
-        TableLine(row, widths, false);
+    std::vector<std::string> lines;
+    lines.reserve(table.size());
+    for (const std::vector<std::string>& row : table) {
+        lines.push_back(TableLine(row, widths));
+    }
+    return lines;
+}
+
+std::size_t Widest(const std::vector<std::string>& lines)
+{
+    std::size_t width = 0;
+    for (const std::string& line : lines) {
+        width = std::max(width, DisplayWidth(line));
+    }
+    return width;
+}
+
+/// One field as the lines of a record: JSON is laid out, a list has a line per element.
+std::vector<std::string> RecordField(const Field& field)
+{
+    JsonDocument document;
+    if (const auto* json = std::get_if<JsonText>(&field);
+        json != nullptr && ConfigStoreDocument::ParseText(json->text, document)) {
+        return Lines(PrettyJson(document));
+    }
+    if (const auto* texts = std::get_if<std::vector<std::string>>(&field); texts != nullptr && !texts->empty()) {
+        std::vector<std::string> lines;
+        std::transform(texts->begin(), texts->end(), std::back_inserter(lines), EscapeControls);
+        return lines;
+    }
+    return CellLines(field);
+}
+}  // namespace
+
+std::size_t Output::Limit() const
+{
+    return style_.columns == 0 ? std::numeric_limits<std::size_t>::max() : style_.columns;
+}
+
+std::string Output::Bold(const std::string& text) const
+{
+    return style_.colour ? "\x1b[1m" + text + "\x1b[0m" : text;
+}
+
+void Output::Append(const LineList& lines)
+{
+    for (const std::string& line : lines) {
+        text_ += line + "\n";
+    }
+}
+
+/// A table, or records when that is wider than @p columns.
+std::vector<std::string> Output::TableLines(const Listing& listing, bool heading, std::size_t columns) const
+{
+    LineList lines = PlainTable(listing, heading);
+    if (Widest(lines) > columns && !listing.rows.empty()) {
+        return RecordList(listing, columns);
+    }
+    if (heading) {
+        lines.front() = Bold(lines.front());
+    }
+    return lines;
+}
+
+/// A listing in a record: a table beside its title, or below it where the terminal is too narrow for that.
+std::vector<std::string> Output::NestedLines(const std::string& title, const Listing& nested, std::size_t indent,
+                                             std::size_t columns) const
+{
+    const bool beside = Widest(PlainTable(nested, true)) + indent + GAP <= columns;
+    LineList lines = TableLines(nested, true, beside ? columns - indent - GAP : columns - GAP);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::string name = !beside || i > 0 ? std::string(beside ? indent : 0, ' ') : Bold(Padded(title, indent));
+        lines[i] = lines[i].empty() ? "" : name + "  " + lines[i];
+    }
+    if (!beside) {
+        lines.insert(lines.begin(), Bold(title));
+    }
+    return lines;
+}
+
+std::vector<std::string> Output::RecordLines(const Listing& listing, const std::vector<Field>& row,
+                                             std::size_t columns) const
+{
+    std::size_t width = 0;
+    for (const Column& column : listing.columns) {
+        width = std::max(width, column.title != nullptr ? std::string(column.title).size() : 0);
+    }
+    LineList lines;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        if (listing.columns[i].title == nullptr) {
+            continue;
+        }
+        std::string title = listing.columns[i].title;
+        if (const auto* nested = std::get_if<ListingPtr>(&row[i]); nested != nullptr && !(*nested)->rows.empty()) {
+            const LineList below = NestedLines(title, **nested, width, columns);
+            lines.insert(lines.end(), below.begin(), below.end());
+            continue;
+        }
+        for (const std::string& line : RecordField(row[i])) {
+            const std::string name = Padded(title, width);
+            lines.push_back((title.empty() ? name : Bold(name)) + "  " + line);
+            title.clear();
+        }
+    }
+    return lines;
+}
+
+std::vector<std::string> Output::RecordList(const Listing& listing, std::size_t columns) const
+{
+    LineList lines;
+    for (const std::vector<Field>& row : listing.rows) {
+        if (!lines.empty()) {
+            lines.emplace_back();
+        }
+        const LineList record = RecordLines(listing, row, columns);
+        lines.insert(lines.end(), record.begin(), record.end());
+    }
+    return lines;
+}
+
+void Output::Stream(const Listing& listing, bool first)
+{
+    if (style_.json) {
+        text_ += JsonLines(listing);
+    } else {
+        Append(TableLines(listing, first, Limit()));
+    }
+}
+
+void Output::Rows(const Listing& listing)
+{
+    if (style_.json) {
+        text_ += JsonArray(listing);
+    } else {
+        Append(PlainTable(listing, false));
     }
 }
 
@@ -242,23 +288,22 @@ void Output::Table(const Listing& listing, const std::string& whenEmpty)
     }
 }
 
-void Output::RecordLines(const Listing& listing, const std::vector<Field>& row)
+void Output::Report(const Listing& table, const std::string& summary, const Listing& facts)
 {
-    std::size_t width = 0;
-    for (const Column& column : listing.columns) {
-        width = std::max(width, column.title != nullptr ? std::string(column.title).size() : 0);
+    if (style_.json) {
+        Listing report{{{nullptr, "summary"}}, {{summary}}};
+        report.columns.insert(report.columns.end(), facts.columns.begin(), facts.columns.end());
+        report.columns.push_back({nullptr, "rows"});
+        report.rows[0].insert(report.rows[0].end(), facts.rows.at(0).begin(), facts.rows.at(0).end());
+        report.rows[0].push_back(Nested(table));
+        text_ += JsonObject(report);
+        return;
     }
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        if (listing.columns[i].title == nullptr) {
-            continue;
-        }
-        std::string title = listing.columns[i].title;
-        for (const std::string& line : RecordField(row[i])) {
-            const std::string name = Padded(title, width);
-            text_ += (title.empty() ? name : Bold(name)) + "  " + line + "\n";
-            title.clear();
-        }
+    if (!table.rows.empty()) {
+        Stream(table, true);
+        text_ += "\n";
     }
+    text_ += EscapeControls(summary) + "\n";
 }
 
 void Output::Record(const Listing& listing)
@@ -266,7 +311,7 @@ void Output::Record(const Listing& listing)
     if (style_.json) {
         text_ += JsonObject(listing);
     } else {
-        RecordLines(listing, listing.rows.at(0));
+        Append(RecordLines(listing, listing.rows.at(0), Limit()));
     }
 }
 
@@ -274,11 +319,8 @@ void Output::Records(const Listing& listing, const std::string& whenEmpty)
 {
     if (style_.json || listing.rows.empty()) {
         Table(listing, whenEmpty);
-        return;
-    }
-    for (const std::vector<Field>& row : listing.rows) {
-        text_ += text_.empty() ? "" : "\n";
-        RecordLines(listing, row);
+    } else {
+        Append(RecordList(listing, Limit()));
     }
 }
 

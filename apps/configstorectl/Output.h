@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -30,8 +32,18 @@ struct JsonText
     std::string text;
 };
 
-/// One value of a result; no value is null in JSON and "-" on a terminal.
-using Field = std::variant<std::monostate, bool, std::int64_t, std::string, JsonText, std::vector<std::string>>;
+/// Texts that stand one below the other in their column of a table.
+struct TextLines
+{
+    std::vector<std::string> texts;
+};
+
+struct Listing;
+using ListingPtr = std::shared_ptr<const Listing>;
+
+/// One value of a result; no value is null in JSON and "-" on a terminal. A listing stands in records only.
+using Field = std::variant<std::monostate, bool, std::int64_t, std::string, JsonText, std::vector<std::string>,
+                           TextLines, ListingPtr>;
 
 struct Column
 {
@@ -47,6 +59,12 @@ struct Listing
     std::vector<std::vector<Field>> rows;
 };
 
+/// @p listing as a value of a record: an array of objects in JSON, on a terminal a table beside the title.
+inline Field Nested(Listing listing)
+{
+    return std::make_shared<const Listing>(std::move(listing));
+}
+
 /// The result of one command: aligned text for people, or one JSON document. Nothing is written before Flush, so that
 /// a command that fails half way has printed nothing.
 class Output
@@ -56,10 +74,11 @@ public:
     {
         bool json = false;
         bool colour = false;
+        std::size_t columns = 0;  ///< of the terminal: what is wider is shown as records; 0: no limit
     };
     Output(std::ostream& stream, Style style) : stream_(stream), style_(style) {}
 
-    /// A table with a heading; in JSON an array of objects.
+    /// A table with a heading, or records where the terminal is too narrow for it; in JSON an array of objects.
     /// @param whenEmpty  on a terminal, said instead of a heading without rows.
     void Table(const Listing& listing, const std::string& whenEmpty = "");
 
@@ -69,6 +88,13 @@ public:
     /// Every row as a record; in JSON an array of objects.
     void Records(const Listing& listing, const std::string& whenEmpty = "");
 
+    /// A table, which is left out without rows, and a line that sums it up; in JSON an object: the line as member
+    /// "summary", the members of the one row of @p facts, and the table as member "rows".
+    void Report(const Listing& table, const std::string& summary, const Listing& facts);
+
+    /// A table without a heading; in JSON an array of objects.
+    void Rows(const Listing& listing);
+
     /// A table that goes on: rows alone, the heading only with @p first; in JSON one object per line.
     void Stream(const Listing& listing, bool first);
 
@@ -76,17 +102,28 @@ public:
     void Refuse(const std::string& what) { refusal_ = what; }
     const std::string& Refusal() const { return refusal_; }
 
+    /// The command did what it should, and its exit status is part of the answer.
+    void Answer(int status) { status_ = status; }
+    int Status() const { return status_; }
+
     /// Writes what has been collected. @throws OutputFailure
     void Flush();
 
 private:
+    using LineList = std::vector<std::string>;
+    std::size_t Limit() const;
     std::string Bold(const std::string& text) const;
-    void TableLine(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths, bool bold);
-    void RecordLines(const Listing& listing, const std::vector<Field>& row);
+    LineList TableLines(const Listing& listing, bool heading, std::size_t columns) const;
+    LineList NestedLines(const std::string& title, const Listing& nested, std::size_t indent,
+                         std::size_t columns) const;
+    LineList RecordLines(const Listing& listing, const std::vector<Field>& row, std::size_t columns) const;
+    LineList RecordList(const Listing& listing, std::size_t columns) const;
+    void Append(const LineList& lines);
 
     std::ostream& stream_;
     Style style_;
     std::string text_;
     std::string refusal_;
+    int status_ = 0;
 };
 }  // namespace ConfigStoreCtl

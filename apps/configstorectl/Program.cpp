@@ -15,6 +15,13 @@ namespace ConfigStoreCtl
 {
 namespace
 {
+/// A wrong call repeats the caller's own words; a long one is recognised by its beginning.
+std::string Shortened(const std::string& message)
+{
+    constexpr std::size_t LONGEST = 500;
+    return DisplayWidth(message) <= LONGEST ? message : CutToWidth(message, LONGEST) + "...";
+}
+
 int Fail(std::ostream& errors, const std::string& message, int status)
 {
     errors << "configstorectl: " << EscapeControls(message) << std::endl;
@@ -44,11 +51,18 @@ void SetUpHost(const Call& call)
     CSLogger::SetVerbose(call.verbose);
 }
 
-int RunCommand(const Call& call, Output& output, std::ostream& errors)
+void RunHandler(const Call& call, Output& output, const ProgressPlace& place)
+{
+    const bool shown = call.command->isLong && !call.verbose;
+    const Progress progress(shown ? place : ProgressPlace{});
+    call.command->handler(call.arguments, output);
+}
+
+int RunCommand(const Call& call, Output& output, std::ostream& errors, const Terminal& terminal)
 {
     try {
         SetUpHost(call);
-        call.command->handler(call.arguments, output);
+        RunHandler(call, output, terminal.progress);
         output.Flush();
     } catch (const OutputFailure& failure) {
         return FailOutput(errors, failure.code());
@@ -56,23 +70,24 @@ int RunCommand(const Call& call, Output& output, std::ostream& errors)
         return Fail(errors, std::string(call.command->path) + ": " + failure.what(), EXIT_FAILED);
     }
     return output.Refusal().empty()
-               ? EXIT_DONE
+               ? output.Status()
                : Fail(errors, std::string(call.command->path) + ": " + output.Refusal(), EXIT_FAILED);
 }
 }  // namespace
 
-int RunProgram(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors, bool terminal)
+int RunProgram(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
+               const Terminal& terminal)
 {
     Call call;
     try {
         call = ParseCommandLine(arguments);
     } catch (const WrongCall& wrong) {
-        return Fail(errors, std::string(wrong.what()) + " (configstorectl --help lists the commands)", EXIT_WRONG_CALL);
+        return Fail(errors, Shortened(wrong.what()) + " (configstorectl --help lists the commands)", EXIT_WRONG_CALL);
     }
     if (call.command == nullptr) {
         return PrintText(call.text, output, errors);
     }
-    Output result(output, {call.json, terminal});
-    return RunCommand(call, result, errors);
+    Output result(output, {call.json, terminal.colour, terminal.columns});
+    return RunCommand(call, result, errors, terminal);
 }
 }  // namespace ConfigStoreCtl

@@ -1,7 +1,7 @@
 #include "Commands.h"
-#include "ConfigStoreDocument.h"
 #include "HostEvents.h"
 #include "InspectStatements.h"
+#include "JsonChanges.h"
 #include "NimbConfigStore.h"
 #include "NimbSchemaStore.h"
 #include "ObjectPath.h"
@@ -46,13 +46,6 @@ void ReportRun(bool succeeded, CallWatch& watch, Output& output)
     const auto objects = static_cast<std::int64_t>(ReadSchemas()->GetIds().size());
     output.Record({{{"schema objects", "schemaObjects"}, {"default rows", "defaultRows"}, {"events", "events"}},
                    {{objects, NumberOf(defaults[0]), EventTexts(watch.Events())}}});
-}
-
-std::string Serialized(const NimbConfigStore::JsonValue& value)
-{
-    std::string text;
-    ConfigStoreDocument::SerializeValue(value, text);
-    return text;
 }
 
 /// The path of the file that the object declares, and how it persists.

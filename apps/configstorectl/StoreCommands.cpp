@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 
 #include "Commands.h"
@@ -33,6 +34,26 @@ std::vector<StoreFile> StoreFiles()
             {"first-boot backup", FIRSTBOOT_BACKUP, false}};
 }
 
+bool MentionsLock(const std::string& line)
+{
+    return line.find("database is locked") != std::string::npos;
+}
+
+/// What the check finds. That another process keeps the file locked, only the log says.
+std::string StateOf(const std::string& path)
+{
+    if (!File_Exists(path.c_str())) {
+        return "missing";
+    }
+    LineTail log(LOG_FILE);
+    SkipToEndIfReadable(log);
+    if (DBStore::Check(path.c_str())) {
+        return "sound";
+    }
+    const std::vector<std::string> lines = NewLinesIfReadable(log);
+    return std::any_of(lines.begin(), lines.end(), MentionsLock) ? "locked" : "damaged";
+}
+
 void BackUp(DBStore::Type type, const std::string& path)
 {
     RequireStore(type);
@@ -61,11 +82,9 @@ void StoreCheck(const Arguments&, Output& output)
     Listing listing{{{"STORE", "store"}, {"FILE", "file"}, {"STATE", "state"}}, {}};
     std::string unwell;
     for (const StoreFile& file : StoreFiles()) {
-        const bool there = File_Exists(file.path.c_str());
-        const bool sound = there && DBStore::Check(file.path.c_str());
-        const std::string state = sound ? "sound" : there ? "damaged" : "missing";
+        const std::string state = StateOf(file.path);
         listing.rows.push_back({file.name, file.path, state});
-        if (!sound && (there || file.needed)) {
+        if (state != "sound" && (state != "missing" || file.needed)) {
             unwell += (unwell.empty() ? "" : "; ") + file.path + ": is " + state;
         }
     }

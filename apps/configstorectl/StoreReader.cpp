@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "HostEvents.h"
 #include "HostUtil.h"
 #include "InspectStatements.h"
 #include "ObjectPath.h"
@@ -14,14 +15,19 @@ namespace ConfigStoreCtl
 {
 namespace
 {
-std::string WhyNotOpened(const char* path)
+std::string WhyNotOpened(const char* path, CallWatch& watch)
 {
     const int file = HostOpen(path, O_RDONLY);
     if (file == -1) {
         return std::string("cannot be opened: ") + std::strerror(errno);
     }
     close(file);
-    return "cannot be opened as a store";
+    // Only the log has the database's own reason.
+    const std::string errors = watch.Errors();
+    const std::string mark = std::string(path) + ": ";
+    const std::size_t found = errors.find(mark);
+    return found == std::string::npos ? "cannot be opened as a store"
+                                      : "cannot be opened: " + errors.substr(found + mark.size());
 }
 
 std::string WhyNotRead(const char* path)
@@ -29,21 +35,32 @@ std::string WhyNotRead(const char* path)
     return DBStore::Check(path) ? "cannot be read; the log says why" : "is damaged";
 }
 
-int Append(void* context, int columns, char** values, char**)
+template <class Item>
+std::vector<Item> WithOwn(std::vector<Item> common, const std::vector<Item>& own)
 {
-    StoreRow& row = static_cast<std::vector<StoreRow>*>(context)->emplace_back();
+    common.insert(common.end(), own.begin(), own.end());
+    return common;
+}
+
+using Visit = std::function<void(StoreRow row)>;
+
+int VisitRow(void* visit, int columns, char** values, char**)
+{
+    StoreRow row;
     for (int i = 0; i < columns; ++i) {
         row.push_back(values[i] != nullptr ? std::optional<std::string>(values[i]) : std::nullopt);
     }
+    (*static_cast<const Visit*>(visit))(std::move(row));
     return 0;
 }
 }  // namespace
 
 DBStore::ConnectionPtr OpenForReading(DBStore::Type type)
 {
+    CallWatch watch;
     DBStore::ConnectionPtr connection = DBStore::GetConnection(type, false);
     if (connection == nullptr) {
-        throw CommandFailure(DBStore::StorePath(type), WhyNotOpened(DBStore::StorePath(type)));
+        throw CommandFailure(DBStore::StorePath(type), WhyNotOpened(DBStore::StorePath(type), watch));
     }
     return connection;
 }
@@ -53,7 +70,8 @@ void RequireStore(DBStore::Type type)
     (void)OpenForReading(type);
 }
 
-std::vector<StoreRow> ReadRows(DBStore::Type type, const std::string& sql, const std::vector<std::string>& parameters)
+void VisitRows(DBStore::Type type, const std::string& sql, const std::vector<std::string>& parameters,
+               const Visit& visit)
 {
     const DBStore::ConnectionPtr connection = OpenForReading(type);
     const DBStore::StatementPtr statement = DBStore::internal::Prepare(connection, sql, DBStore::WAIT_LIMIT_MS);
@@ -62,10 +80,16 @@ std::vector<StoreRow> ReadRows(DBStore::Type type, const std::string& sql, const
         // A failed bind makes the run fail.
         (void)DBStore::internal::Bind(statement, ++index, std::string_view(parameter));
     }
-    std::vector<StoreRow> rows;
-    if (DBStore::ExecuteStmt(connection, statement, Append, &rows, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
+    void* context = const_cast<Visit*>(&visit);
+    if (DBStore::ExecuteStmt(connection, statement, VisitRow, context, DBStore::WAIT_LIMIT_MS) != DBStore::SUCCESS) {
         throw CommandFailure(DBStore::StorePath(type), WhyNotRead(DBStore::StorePath(type)));
     }
+}
+
+std::vector<StoreRow> ReadRows(DBStore::Type type, const std::string& sql, const std::vector<std::string>& parameters)
+{
+    std::vector<StoreRow> rows;
+    VisitRows(type, sql, parameters, [&rows](StoreRow row) { rows.push_back(std::move(row)); });
     return rows;
 }
 
@@ -79,6 +103,15 @@ std::vector<StoreRow> ReadRowsBelow(const std::string& statement, const std::str
         sql += filters[i];
     }
     return ReadRows(DBStore::Type::ConfigStore, sql + Statements::ORDER_BY_OBJECT, parts);
+}
+
+std::vector<StoreRow> ReadObject(const std::string& statement, const std::string& path, const char* why)
+{
+    std::vector<StoreRow> rows = ReadRowsBelow(statement, path);
+    if (rows.empty()) {
+        throw CommandFailure(path, why);
+    }
+    return rows;
 }
 
 std::string ReadEntry(const char* key)
@@ -109,6 +142,36 @@ Field JsonOf(const std::optional<std::string>& column)
 std::string ObjectOf(const StoreRow& row)
 {
     return row[0].value_or("") + "/" + row[1].value_or("") + "/" + row[2].value_or("");
+}
+
+Listing TableOfRows(const std::vector<Column>& own)
+{
+    return {WithOwn({{"OBJECT", nullptr},
+                     {nullptr, "component"},
+                     {nullptr, "group"},
+                     {nullptr, "key"},
+                     {"IDENTIFIER", "identifier"},
+                     {"VERSION", "version"}},
+                    own),
+            {}};
+}
+
+Listing RecordsOfRows(const std::vector<Column>& own)
+{
+    return {WithOwn({{"object", nullptr},
+                     {nullptr, "component"},
+                     {nullptr, "group"},
+                     {nullptr, "key"},
+                     {"identifier", "identifier"},
+                     {"version", "version"}},
+                    own),
+            {}};
+}
+
+std::vector<Field> RowFields(const StoreRow& row, const std::vector<Field>& own)
+{
+    return WithOwn<Field>(
+        {ObjectOf(row), TextOf(row[0]), TextOf(row[1]), TextOf(row[2]), TextOf(row[3]), TextOf(row[4])}, own);
 }
 
 std::vector<std::string> ValuesPresent(const StoreRow& row, std::size_t first, const std::vector<std::string>& names)

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iterator>
 
 namespace ConfigStoreCtl
@@ -88,6 +89,11 @@ std::string Rewrite(std::string_view text, Control control, Invalid invalid)
     }
     return result;
 }
+
+bool BeginsCodePoint(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80;
+}
 }  // namespace
 
 std::string EscapeControls(std::string_view text)
@@ -107,10 +113,14 @@ std::string EscapeJsonControls(std::string_view json)
 
 std::size_t DisplayWidth(std::string_view text)
 {
-    std::size_t width = 0;
-    for (const char c : text) {
-        width += (static_cast<unsigned char>(c) & 0xC0U) != 0x80 ? 1 : 0;
-    }
-    return width;
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), BeginsCodePoint));
+}
+
+std::string CutToWidth(std::string_view text, std::size_t width)
+{
+    std::size_t taken = 0;
+    const auto* const end =
+        std::find_if(text.begin(), text.end(), [&](char c) { return BeginsCodePoint(c) && ++taken > width; });
+    return {text.begin(), end};
 }
 }  // namespace ConfigStoreCtl

@@ -57,6 +57,15 @@ TEST_F(BootCommandsTest, ModeThatIsNoneIsShownAsUnknown)
     EXPECT_EQ(Run({"boot", "mode"}).output, "boot mode  7 (unknown)\n");
 }
 
+TEST_F(BootCommandsTest, NotifyTurnsNotificationOfChangesOnAndOff)
+{
+    Host().WithStores();
+    ExpectGolden("boot-notify", {"boot", "notify", "true"});
+    EXPECT_EQ(Host().KeyValue("NOTIFY_TRELLD"), "true");
+    EXPECT_EQ(Run({"boot", "notify", "false"}).output, "notification  no\n");
+    EXPECT_EQ(Host().KeyValue("NOTIFY_TRELLD"), "false");
+}
+
 TEST_F(BootCommandsTest, FinishClosesTheBoot)
 {
     Host().WithStores();
@@ -72,7 +81,8 @@ TEST_F(BootCommandsTest, RecordIsSetShownAndCleared)
 {
     Host().WithStores();
     ExpectGolden("boot-record-set", {"boot", "record", "set", R"({"applied": ["a"]})"});
-    EXPECT_EQ(Run({"boot", "record", "show"}).output, Run({"boot", "record"}).output);
+    ExpectGolden("boot-record-show", {"boot", "record", "show"});
+    ExpectGolden("boot-record", {"boot", "record"});
     ExpectGolden("boot-record-clear", {"boot", "record", "clear"});
     EXPECT_EQ(Host().KeyValue("BOOT_APPLY_RESULT"), R"({"isBootComplete":false})");
 }

@@ -33,7 +33,7 @@ Words Split(const std::string& path)
 
 std::string Acceptable(const ArgumentRow& row)
 {
-    for (const char* text : {"text", "a/b/c", "none", "true"}) {
+    for (const char* text : {"text", "a/b/c", "none", "true", "/file", "name-1.0"}) {
         if (row.check == nullptr || row.check(text).empty()) {
             return text;
         }
@@ -149,15 +149,16 @@ TEST(CommandLine, RefusesARootThatIsNoFolder)
 
 TEST(CommandLine, TakesTextsThatLookLikeCommandsListsOrMarksAsTheyAre)
 {
-    for (const char* text : {"boot", "show", "[1,2]", "[]", "++", "{\"a\":1}", "", "a b"}) {
+    for (const char* text : {"boot", "show", "[1,2]", "[]", "++", "{\"a\":1}", "", "a b", "\x01", "\x01[a\x01"}) {
         EXPECT_THAT(ParseCommandLine({"boot", "record", "set", text}).arguments.values, ElementsAre(text));
     }
     EXPECT_THAT(ParseCommandLine({"install-info", "--", "--json"}).arguments.values, ElementsAre("--json"));
+    EXPECT_THAT(ParseCommandLine({"install-info", "--", "--"}).arguments.values, ElementsAre("--"));
 }
 
 TEST(CommandLine, CollectsRepeatedArgumentsAndOptionsInOrder)
 {
-    EXPECT_THAT(ParseCommandLine({"files", "filter", "/b", "[a,c]", "config"}).arguments.values,
+    EXPECT_THAT(ParseCommandLine({"complete", "/b", "[a,c]", "config"}).arguments.values,
                 ElementsAre("/b", "[a,c]", "config"));
     EXPECT_THAT(ParseCommandLine({"schema", "process"}).arguments.values, IsEmpty());
     const Call call =

@@ -34,7 +34,7 @@ protected:
         std::istringstream input(input_);
         std::streambuf* const before = std::cin.rdbuf(input.rdbuf());
         Ran ran;
-        ran.status = ConfigStoreCtl::RunProgram(words, output, errors, false);
+        ran.status = ConfigStoreCtl::RunProgram(words, output, errors, {});
         std::cin.rdbuf(before);
         ran.output = Rootless(output.str());
         ran.errors = Rootless(errors.str());

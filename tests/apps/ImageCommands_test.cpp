@@ -20,6 +20,7 @@ TEST_F(ImageCommandsTest, ListNamesEveryPackage)
 
 TEST_F(ImageCommandsTest, SchemaIdsAreThoseThatPackagesDeclare)
 {
+    ExpectGolden("image-ids", {"image", "ids"});
     ExpectGolden("image-schema-ids", {"image", "schema-ids"});
 }
 

@@ -9,21 +9,13 @@
 #include <csignal>
 
 #include "CommandTest.h"
+#include "RealProgram.h"
 #include "ZubEvents.h"
 
 using ::testing::HasSubstr;
 
 namespace
 {
-const std::string PROGRAM = std::string(BINARY_DIR) + "/apps/configstorectl";
-
-int StatusOf(pid_t process)
-{
-    int status = 0;
-    EXPECT_EQ(waitpid(process, &status, 0), process);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-}
-
 /// Runs the real program.
 class ProgramTest : public CommandTest
 {

@@ -116,7 +116,8 @@ TEST_F(StoreListingsTest, SayThatTheStoreIsMissing)
 TEST_F(StoreListingsTest, SayThatTheStoreIsDamaged)
 {
     Host().WriteFile(STORE, std::string(8192, 'x'));
-    ExpectFailure({"config", "list"}, std::string("config list: ") + STORE + ": cannot be opened as a store");
+    ExpectFailure({"config", "list"},
+                  std::string("config list: ") + STORE + ": cannot be opened: file is not a database");
     Host().Remove(STORE);
     Host().WithStores();
     Host().Sql("DROP TABLE Config");

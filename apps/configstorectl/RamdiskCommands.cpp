@@ -1,0 +1,56 @@
+#include "Commands.h"
+#include "HostEvents.h"
+#include "NimbConfigStore.h"
+#include "ZEL.h"
+
+namespace ConfigStoreCtl
+{
+namespace
+{
+constexpr const char* RAMDISKS[] = {"configstore", "configstorebkp"};
+
+/// Reads a leaf of one ramdisk. @return false when there is no such data.
+template <typename Data>
+bool ReadRamdisk(ZEL_NodeID leaf, const char* ramdisk, Data& data)
+{
+    const std::unique_ptr<ZEL_ParamList, void (*)(ZEL_ParamList*)> instance(ZEL_ParamListCreate(1, 1),
+                                                                            ZEL_ParamListDestroy);
+    return ZEL_ParamListAddString(instance.get(), ramdisk) == ORV_OK &&
+           ZEL_Get(leaf, instance.get(), &data, sizeof data) == ORV_OK;
+}
+
+std::vector<Field> RamdiskRow(const char* ramdisk)
+{
+    ZEL_RamdiskStats stats = {};
+    if (!ReadRamdisk(ZEL_NODE_system_quenfs_ramdisks_stats, ramdisk, stats)) {
+        throw CommandFailure(ramdisk, "is not there after it was mounted");
+    }
+    ZEL_MemUsageLimit limit = {};
+    const bool limited = ReadRamdisk(ZEL_NODE_system_quenfs_ramdisks_memUsageLimit, ramdisk, limit);
+    return {ramdisk, stats.mountPoint, static_cast<std::int64_t>(stats.totalBytes),
+            limited ? Field(limit.warningPercent) : Field(), limited ? Field(limit.errorPercent) : Field()};
+}
+}  // namespace
+
+void RamdiskSetup(const Arguments&, Output& output)
+{
+    CallWatch watch;
+    try {
+        NimbConfigStore::SetupStoreRamDisk();
+    } catch (const NimbConfigStore::ConfigStoreException& failure) {
+        // Why a mount failed is in the log alone.
+        const std::string reasons = Joined(watch.WarningLines());
+        throw std::runtime_error(failure.what() + (reasons.empty() ? "" : ": " + reasons));
+    }
+    Listing listing{{{"RAMDISK", "ramdisk"},
+                     {"MOUNT POINT", "mountPoint"},
+                     {"SIZE", "sizeBytes"},
+                     {"WARNING %", "warningPercent"},
+                     {"ERROR %", "errorPercent"}},
+                    {}};
+    for (const char* ramdisk : RAMDISKS) {
+        listing.rows.push_back(RamdiskRow(ramdisk));
+    }
+    output.Table(listing);
+}
+}  // namespace ConfigStoreCtl
