@@ -32,6 +32,7 @@ case $build in
 *) build=$PWD/$build ;;
 esac
 program=$build/apps/configstorectl
+shell=$build/apps/zelsh
 module=$build/examples/host/upgrade-module/host-3.3-upgrade.so
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -165,17 +166,55 @@ ordinary_boot() {
 }
 
 desired_documents() {
-    scene "Two desired documents"
-    tell "Before a document is handed over, it is checked against the schemas; every mistake is named with its place."
-    run desired validate examples/host/desired/datacentre.json
+    scene "A desired configuration: validated, staged, foreseen"
+    tell "Management software wants another configuration. A document is checked against the schemas before it is" \
+        "handed over; every mistake is named with its place, and nothing is staged."
     run desired validate examples/host/desired/mistaken.json
+    run desired validate examples/host/desired/datacentre.json
+    printf '\n'
+    tell "A sound one is staged for the next boot, as one transaction. Rows of objects that it does not mention come" \
+        "from their defaults; the default of the name servers it gives up."
+    run desired set examples/host/desired/datacentre.json
+    printf '\n'
+    tell "Nothing in force has changed. What will the next boot do? It is tried on a copy of the host."
+    changes
+    run desired plan
+}
+
+desired_boot() {
+    scene "The boot that applies it"
+    tell "The store is backed up, the host restarts, and the rows change as foreseen."
+    run store backup
+    power_off
+    run boot load
+    changes
+    run config show nimb/time/ntp
+    printf '\n'
+    tell "Services take their configuration up; which rows does none vouch for yet? Then the boot is recorded. The" \
+        "next one will only sweep two rows away that the document left empty."
+    run boot failures
+    run boot record set "15 of 15 services started"
+    run boot record
+    control autoconf end >"$scratch/output"
+    control boot finish >"$scratch/output"
+    run desired plan
+    printf '\n'
+    tell "One object more is to go, through the host's management interface."
+    run desired delete nimb/network/routes
+    run desired plan
+    run store backup
+    power_off
+    run boot load
+    changes
+    control autoconf end >"$scratch/output"
+    control boot finish >"$scratch/output"
 }
 
 damaged_backup() {
     scene "A boot with a damaged backup"
     tell "A bad sector in the backup: the consistency check refuses it. The host starts over with a fresh store and" \
-        "the boot configuration document rather than with half a store, and says so. The document brings the" \
-        "same rows again; what only the old store knew is gone."
+        "the boot configuration document rather than with half a store, and says so. The document brings" \
+        "its rows again; what only the old store knew is gone, the desired configuration too."
     power_off
     damage_backup
     run boot load
@@ -231,6 +270,32 @@ bad_delivery() {
     run events
 }
 
+# Shows a line of the shell and what it prints.
+look() {
+    printf '\n%szelsh> %s%s\n' "$bold" "$1" "$plain"
+    status=0
+    "$shell" --root "$root" -c "$1" >"$scratch/output" 2>&1 || status=$?
+    cat "$scratch/output"
+    [ "$status" -eq 0 ] || printf '(exit status %d)\n' "$status"
+}
+
+kernel_shell() {
+    scene "A look at the kernel"
+    tell "The kernel's information is a tree. The shell zelsh lists, reads and sets it; on a real host it is the" \
+        "running kernel, here the facts of the sample host."
+    new_host looked-at-host
+    look 'ls -l /system/quenfs'
+    look 'get /system/bootCmdLine /system/bootFsUUID'
+    look 'typeget /system/quenfs/ramdisks/<ramdisk>/memUsageLimit'
+    look 'set /system/quenfs/ramdisks/configstore/memUsageLimit 80 high'
+    look 'set /system/quenfs/ramdisks/configstore/memUsageLimit 80 95'
+    look 'get /system/quenfs/ramdisks'
+    printf '\n%s$ zelsh --format raw%s\n' "$bold" "$plain"
+    "$shell" --root "$root" --format raw -c 'get /system/quenfs/ramdisks'
+    printf '\n%s$ zelsh --format python%s\n' "$bold" "$plain"
+    "$shell" --root "$root" --format python -c 'get /system/quenfs/ramdisks'
+}
+
 removed_or_kept() {
     for path in "$@"; do
         if [ -e "$root$path" ]; then
@@ -249,13 +314,15 @@ story() {
     first_boot
     ordinary_boot
     desired_documents
+    desired_boot
     damaged_backup
     software_upgrade
     bad_delivery
+    kernel_shell
 }
 
-if [ ! -x "$program" ] || [ ! -f "$module" ]; then
-    echo "demo.sh: $program or $module is missing; build first (make build)" >&2
+if [ ! -x "$program" ] || [ ! -x "$shell" ] || [ ! -f "$module" ]; then
+    echo "demo.sh: $program, $shell or $module is missing; build first (make build)" >&2
     exit 1
 fi
 cd "$sources"

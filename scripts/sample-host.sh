@@ -8,7 +8,9 @@ if [ $# -lt 1 ] || [ $# -gt 2 ]; then
 fi
 root=$1
 overlay=${2:-}
+# Beside the sources' scripts, or, installed, beside the script itself.
 sample=$(dirname "$0")/../examples/host
+[ -d "$sample" ] || sample=$(dirname "$0")/host
 
 if [ -z "$overlay" ]; then
     mkdir -p "$root/tmp" "$root/var/run/talvor/files" "$root/usr/lib/talvor/configmanager/upgrade/lib"

@@ -6,6 +6,7 @@
 
 #include "NimbConfigStore.h"
 #include "NimbSchemaStore.h"
+#include "ZelTreeWalk.h"
 
 using namespace NimbConfigStore;
 using NimbSchemaStore::SchemaStore;
@@ -156,4 +157,13 @@ TEST_F(SampleHostTest, AsASmartNicItGetsItsOwnObjectsAndDefaults)
     EXPECT_EQ(cache->Find({"nimb", "firewall", "settings"}), nullptr);
     EXPECT_EQ(Host().SqlValue(DefaultOf("nimb/network/dns", "Value")),
               R"({"dhcp":false,"hostname":"smartnic","servers":["169.254.10.1"]})");
+}
+
+TEST_F(SampleHostTest, ItsInformationTreeIsReadWithoutAWordOfComplaint)
+{
+    const WalkResult walked = WalkTree();
+    EXPECT_THAT(walked.failures, IsEmpty());
+    EXPECT_GT(walked.leaves, 20U);
+    EXPECT_THAT(Host().Log(), IsEmpty());
+    EXPECT_EQ(Read("/storage/mounts/<path>/info", {"/vm images"})["source"], "filer:/export/vm images");
 }
