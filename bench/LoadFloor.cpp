@@ -5,13 +5,12 @@
 #include <rapidjson/filereadstream.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
-#include <sqlite3.h>
 
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
 
+#include "RawDatabase.h"
 #include "StorePaths.h"
 #include "StoreStatements.h"
 
@@ -20,63 +19,6 @@ using namespace NimbConfigStore;
 
 namespace
 {
-/// A database and its one open statement, checked at every call.
-class Database
-{
-public:
-    explicit Database(const std::string& path)
-    {
-        Check(sqlite3_open(path.c_str(), &database_));
-        Run("PRAGMA journal_mode = TRUNCATE");
-        Run("PRAGMA synchronous = FULL");
-    }
-    ~Database()
-    {
-        sqlite3_finalize(statement_);
-        sqlite3_close(database_);
-    }
-    Database(const Database&) = delete;
-    Database& operator=(const Database&) = delete;
-
-    void Run(const std::string& sql)
-    {
-        if (sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-            throw std::runtime_error(sql + ": " + sqlite3_errmsg(database_));
-        }
-    }
-
-    void Prepare(const char* sql)
-    {
-        sqlite3_finalize(statement_);
-        Check(sqlite3_prepare_v2(database_, sql, -1, &statement_, nullptr));
-    }
-
-    /// Runs the prepared statement with these texts.
-    void RunWith(std::initializer_list<std::string_view> texts)
-    {
-        int index = 0;
-        for (const std::string_view text : texts) {
-            Check(sqlite3_bind_text(statement_, ++index, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
-        }
-        int result = SQLITE_ROW;
-        while (result == SQLITE_ROW) {
-            result = sqlite3_step(statement_);
-        }
-        Check(sqlite3_reset(statement_));
-    }
-
-private:
-    void Check(int result)
-    {
-        if (result != SQLITE_OK) {
-            throw std::runtime_error(sqlite3_errmsg(database_));
-        }
-    }
-
-    sqlite3* database_ = nullptr;
-    sqlite3_stmt* statement_ = nullptr;
-};
-
 std::string_view Text(const rapidjson::Value& object, const char* member)
 {
     return object[member].GetString();
@@ -95,7 +37,7 @@ rapidjson::Document ParseFile(const fs::path& path)
 void Restore(const TestHost& host, const char* name, const char* live)
 {
     const std::string backup = host.Real(BACKUP_FOLDER) + name;
-    Database(backup).Run("PRAGMA integrity_check");
+    RawDatabase(backup).Run("PRAGMA integrity_check");
     fs::copy_file(backup, host.Real(live), fs::copy_options::overwrite_existing);
 }
 
@@ -110,7 +52,7 @@ void ParseImage(const TestHost& host)
 
 void RegisterSchemas(const TestHost& host)
 {
-    Database store(host.Real(DBStore::StorePath(DBStore::Type::SchemaStore)));
+    RawDatabase store(host.Real(DBStore::StorePath(DBStore::Type::SchemaStore)));
     store.Run("BEGIN IMMEDIATE");
     store.Prepare(
         "INSERT OR REPLACE INTO ConfigSchema (Component, ConfigGroup, Name, DSPIntegrated, SchemaType, "
@@ -137,13 +79,13 @@ void RegisterSchemas(const TestHost& host)
 
 void ReadSchemas(const TestHost& host)
 {
-    Database(host.Real(DBStore::StorePath(DBStore::Type::SchemaStore)))
+    RawDatabase(host.Real(DBStore::StorePath(DBStore::Type::SchemaStore)))
         .Run(
             "SELECT Component, ConfigGroup, Name, SchemaType, MutableDefaultConfig, Singleton, Version, SchemaJson "
             "FROM ConfigSchema ORDER BY Component, ConfigGroup, Name");
 }
 
-void WriteDefaults(const TestHost& host, Database& store)
+void WriteDefaults(const TestHost& host, RawDatabase& store)
 {
     store.Run("BEGIN IMMEDIATE");
     store.Run(Statements::EMPTY_DEFAULT_CONFIG);
@@ -164,14 +106,14 @@ void WriteDefaults(const TestHost& host, Database& store)
     store.Run("COMMIT");
 }
 
-void Apply(const TestHost& host, Database& store)
+void Apply(const TestHost& host, RawDatabase& store)
 {
     store.Run("ATTACH '" + host.Real(DBStore::StorePath(DBStore::Type::SchemaStore)) + "' AS ss");
     store.Run("BEGIN IMMEDIATE");
     store.Run(Statements::DELETE_ORPHANED_CONFIG);
     store.Run("COMMIT");
     store.Run("BEGIN IMMEDIATE");
-    store.Prepare((std::string(Statements::MARK_USER_CONFIG) + "((?,?,?,?))").c_str());
+    store.Prepare(std::string(Statements::MARK_USER_CONFIG) + "((?,?,?,?))");
     store.RunWith({"package0", "group", "object0", "kept"});
     store.Run(Statements::INSERT_STAGED);
     store.Run(Statements::UPDATE_FROM_STAGED);
@@ -181,7 +123,7 @@ void Apply(const TestHost& host, Database& store)
     store.Run("COMMIT");
 }
 
-void WriteBootState(Database& store)
+void WriteBootState(RawDatabase& store)
 {
     for (const char* key : {"BOOT_INFO", "IS_BOOT", "BOOT_MODE", "BOOT_APPLY_RESULT"}) {
         store.Run(std::string("INSERT OR REPLACE INTO KeyValue (Key, Value) VALUES ('") + key + "', 'any')");
@@ -197,7 +139,7 @@ void RunLoadFloor(const TestHost& host)
     ParseImage(host);
     RegisterSchemas(host);
     ReadSchemas(host);
-    Database store(host.Real(CURRENT_STORE_FILE));
+    RawDatabase store(host.Real(CURRENT_STORE_FILE));
     WriteDefaults(host, store);
     store.Run("BEGIN IMMEDIATE");
     store.Run(Statements::CLEAR_AUTO_CONFIG);

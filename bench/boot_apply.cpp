@@ -1,22 +1,17 @@
 // What the boot pays for applying the staged configuration: the library, and beside it, in turn, the same statements
 // run through SQLite's own interface on a copy of the same tables.
-#include <benchmark/benchmark.h>
-#include <sqlite3.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cmath>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "BootApply.h"
+#include "Comparison.h"
 #include "HostUtil.h"
 #include "NimbSchemaStore.h"
+#include "RawDatabase.h"
 #include "StoreStatements.h"
 
 namespace fs = std::filesystem;
@@ -67,38 +62,6 @@ private:
     std::string path_;
 };
 
-/// A connection of SQLite's own, with the settings that the stores have.
-class RawConnection
-{
-public:
-    explicit RawConnection(const std::string& file)
-    {
-        Require(sqlite3_open_v2(file.c_str(), &database_, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK, "open");
-        Run("PRAGMA journal_mode = TRUNCATE");
-        Run("PRAGMA synchronous = FULL");
-    }
-    ~RawConnection() { sqlite3_close(database_); }
-    RawConnection(const RawConnection&) = delete;
-    RawConnection& operator=(const RawConnection&) = delete;
-
-    void Run(const std::string& text, const std::vector<std::string>& values = {})
-    {
-        sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(database_, text.c_str(), -1, &statement, nullptr);
-        int parameter = 0;
-        for (const std::string& value : values) {
-            sqlite3_bind_text(statement, ++parameter, value.data(), static_cast<int>(value.size()), SQLITE_STATIC);
-        }
-        while (sqlite3_step(statement) == SQLITE_ROW) {
-        }
-        const int result = sqlite3_finalize(statement);
-        Require(statement != nullptr && result == SQLITE_OK, sqlite3_errmsg(database_));
-    }
-
-private:
-    sqlite3* database_ = nullptr;
-};
-
 // ---- The store ----------------------------------------------------------------------------------------------------
 
 std::string Numbers(int count)
@@ -110,7 +73,7 @@ std::string Numbers(int count)
 /// Objects that are shared with a SmartNIC, and one whose instances a whole document leaves alone.
 void DeclareSchemas(const ScratchRoot& root, int rows)
 {
-    RawConnection schemas(root.File(DBStore::Type::SchemaStore));
+    RawDatabase schemas(root.File(DBStore::Type::SchemaStore));
     schemas.Run("BEGIN");
     schemas.Run(
         Numbers(rows / INSTANCES) +
@@ -137,7 +100,7 @@ void DeclareSchemas(const ScratchRoot& root, int rows)
 }
 
 /// Rows of twenty instances an object; what an ordinary boot finds, so already folded once.
-void FillConfig(RawConnection& store, int rows)
+void FillConfig(RawDatabase& store, int rows)
 {
     store.Run(Numbers(rows) +
               "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, Success, UserValue, VitalValue) "
@@ -150,7 +113,7 @@ void FillConfig(RawConnection& store, int rows)
 }
 
 /// Stages a tenth as many rows: of every tenth object, which is a shared one, most instances and a new one.
-void Stage(RawConnection& store, const char* actions)
+void Stage(RawDatabase& store, const char* actions)
 {
     store.Run(std::string("INSERT INTO DesiredUserConfig (Component, ConfigGroup, Name, Identifier, Version, Value, "
                           "BootAction) SELECT Component, ConfigGroup, Name, CASE Identifier WHEN 'instance9' THEN "
@@ -202,7 +165,7 @@ void ApplyWithTheLibrary(const Mode& mode)
     Require(DBStore::DetachSchemaStore(connection) == DBStore::SUCCESS, "detach");
 }
 
-void MarkRaw(RawConnection& store)
+void MarkRaw(RawDatabase& store)
 {
     std::string text = std::string(sql::MARK_USER_CONFIG) + "(";
     std::vector<std::string> values;
@@ -211,13 +174,14 @@ void MarkRaw(RawConnection& store)
         values.insert(values.end(), {"nimb", "auth", "roles", std::to_string(i)});
     }
     text.back() = ')';
-    store.Run(text, values);
+    store.Prepare(text);
+    store.RunWith(values);
 }
 
 void ApplyRaw(const Mode& mode, const ScratchRoot& root)
 {
-    RawConnection store(root.ConfigStore());
-    store.Run("ATTACH ? AS ss", {root.File(DBStore::Type::SchemaStore)});
+    RawDatabase store(root.ConfigStore());
+    store.Run("ATTACH '" + root.File(DBStore::Type::SchemaStore) + "' AS ss");
     store.Run("BEGIN");
     if (mode.number == 1) {
         MarkRaw(store);
@@ -232,53 +196,12 @@ void ApplyRaw(const Mode& mode, const ScratchRoot& root)
 
 // ---- The measurement ----------------------------------------------------------------------------------------------
 
-struct Sample
-{
-    double milliseconds;
-    double peakMiB;
-};
-
-/// Largest resident size since the count was last set back.
-double PeakMiB()
-{
-    std::ifstream status("/proc/self/status");
-    for (std::string word; status >> word;) {
-        if (word == "VmHWM:") {
-            double kibibytes = 0;
-            status >> kibibytes;
-            return kibibytes / 1024;
-        }
-    }
-    return 0;
-}
-
-template <typename Work>
-Sample Measure(const ScratchRoot& root, Work work)
+template <class Work>
+Sample MeasuredFromTemplate(const ScratchRoot& root, Work work)
 {
     root.StartFromTemplate();
-    sync();  // so that what is written for one does not slow down the other
-    std::ofstream("/proc/self/clear_refs") << "5";
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    const std::chrono::duration<double, std::milli> spent = std::chrono::steady_clock::now() - start;
-    return {spent.count(), PeakMiB()};
+    return Measured(work);
 }
-
-Sample Median(std::vector<Sample> samples)
-{
-    std::sort(samples.begin(), samples.end(),
-              [](const Sample& a, const Sample& b) { return a.milliseconds < b.milliseconds; });
-    return samples[samples.size() / 2];
-}
-
-struct Result
-{
-    int mode;
-    int rows;
-    Sample ours;
-    Sample floor;
-};
-std::vector<Result> results;
 
 void BootApply(benchmark::State& state)
 {
@@ -287,47 +210,16 @@ void BootApply(benchmark::State& state)
     const ScratchRoot root;
     DeclareSchemas(root, rows);
     {
-        RawConnection store(root.ConfigStore());
+        RawDatabase store(root.ConfigStore());
         store.Run("BEGIN");
         FillConfig(store, rows);
         Stage(store, mode.actions);
         store.Run("COMMIT");
     }
     root.KeepAsTemplate();
-    std::vector<Sample> ours;
-    std::vector<Sample> floor;
-    for ([[maybe_unused]] auto iteration : state) {
-        // In turns, so that neither always runs in the wake of the other's writes.
-        if (floor.size() % 2 == 0) {
-            floor.push_back(Measure(root, [&] { ApplyRaw(mode, root); }));
-            ours.push_back(Measure(root, [&] { ApplyWithTheLibrary(mode); }));
-        } else {
-            ours.push_back(Measure(root, [&] { ApplyWithTheLibrary(mode); }));
-            floor.push_back(Measure(root, [&] { ApplyRaw(mode, root); }));
-        }
-        state.SetIterationTime(ours.back().milliseconds / 1000);
-    }
-    const Result result = {mode.number, rows, Median(ours), Median(floor)};
-    results.push_back(result);
-    state.counters["floor_ms"] = result.floor.milliseconds;
-    state.counters["ratio"] = result.ours.milliseconds / result.floor.milliseconds;
-}
-
-void PrintSummary()
-{
-    std::printf("\n%4s %8s %12s %12s %7s %9s %14s %12s\n", "mode", "rows", "library ms", "floor ms", "ratio",
-                "exponent", "library MiB", "floor MiB");
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        const Result& now = results[i];
-        std::string exponent = "-";
-        if (i > 0 && results[i - 1].mode == now.mode) {
-            const double growth = now.ours.milliseconds / results[i - 1].ours.milliseconds;
-            exponent = std::to_string(std::log(growth) / std::log(double(now.rows) / results[i - 1].rows)).substr(0, 4);
-        }
-        std::printf("%4d %8d %12.2f %12.2f %7.3f %9s %14.1f %12.1f\n", now.mode, now.rows, now.ours.milliseconds,
-                    now.floor.milliseconds, now.ours.milliseconds / now.floor.milliseconds, exponent.c_str(),
-                    now.ours.peakMiB, now.floor.peakMiB);
-    }
+    Compare(state, {"boot mode " + std::to_string(mode.number), rows,
+                    [&] { return MeasuredFromTemplate(root, [&] { ApplyWithTheLibrary(mode); }); },
+                    [&] { return MeasuredFromTemplate(root, [&] { ApplyRaw(mode, root); }); }});
 }
 }  // namespace
 
@@ -345,8 +237,5 @@ int main(int argc, char** argv)
                 ->Unit(benchmark::kMillisecond);
         }
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    PrintSummary();
-    return 0;
+    return RunBenchmarks(argc, argv);
 }
