@@ -1,10 +1,13 @@
 # A thin front: every target does its own set-up first, so that each works on a fresh machine.
-.PHONY: all setup build test demo bench format lint clean
+.PHONY: all setup setup-ci build test demo bench format lint docs package clean
 
 all: build
 
 setup:
 	@scripts/setup.sh
+
+setup-ci:
+	@scripts/setup.sh --ci
 
 build: setup
 	@cmake --preset debug >/dev/null && cmake --build --preset debug
@@ -17,13 +20,19 @@ demo: build
 
 bench: setup
 	@cmake --preset release >/dev/null && cmake --build --preset release --target benchmarks
-	@set -e; for benchmark in build/release/bench/boot_*[a-z]; do $$benchmark; done
+	@set -e; for benchmark in boot_apply boot_load staging shell; do build/release/bench/$$benchmark; done
 
-format: setup
+format: setup-ci
 	@scripts/format.sh
 
-lint: build
+lint: build setup-ci
 	@scripts/lint.sh
+
+docs: setup-ci
+	@rm -rf build/docs && mkdir -p build/docs && doxygen docs/Doxyfile
+
+package: setup-ci
+	@cmake --preset package >/dev/null && cmake --build --preset package && cpack --preset package
 
 clean:
 	@rm -rf build

@@ -1,37 +1,66 @@
 #!/bin/sh
-# Installs a build into an empty prefix and uses it as a stranger would: the program runs, a consumer builds with
-# pkg-config alone, and the libraries export nothing beyond their headers.
+# Installs a build into an empty prefix and uses it as a stranger would: the program boots the sample host, a program of
+# one's own builds with pkg-config and with CMake and stages a change that the next boot applies.
 set -eu
 
-cd "$(dirname "$0")/.."
+sources=$(cd "$(dirname "$0")/.." && pwd)
+cd "$sources"
 build=${1:-build/debug}
-prefix=$(mktemp -d)
-trap 'rm -rf "$prefix"' EXIT
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+prefix=$scratch/prefix
+
+fail() {
+    echo "install: $1" >&2
+    exit 1
+}
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
+program=$prefix/bin/configstorectl
+examples=$prefix/share/doc/configstorectl/examples
 pkgconfig=$(dirname "$(find "$prefix" -name configstorectl.pc)")
 libraries=$(dirname "$pkgconfig")
 
-"$prefix/bin/configstorectl" --version >/dev/null
-# shellcheck disable=SC2046 # the flags are words
-g++ -std=c++20 -Wall -Wextra -Werror examples/consumer/main.cpp -o "$prefix/consumer" \
-    $(PKG_CONFIG_PATH="$pkgconfig" pkg-config --cflags --libs configstorectl) -Wl,-rpath,"$libraries"
-status=0
-mkdir "$prefix/host"
-"$prefix/consumer" "$prefix/host" 2>"$prefix/message" || status=$?
-# An empty host has no store, so the one right answer is the failure that says so.
-if [ "$status" -ne 2 ] || ! grep -q '^consumer: 2000: ' "$prefix/message"; then
-    echo "consumer: unexpected answer (status $status)"
-    cat "$prefix/message"
-    exit 1
-fi
-
-for library in libconfigstorectl.so libnimbhost.so; do
-    stray=$(nm -DC --defined-only "$libraries/$library" | cut -c18- |
-        grep -vE '^. ((typeinfo|typeinfo name|vtable) for )?(NimbConfigStore|NimbImage|NimbSchemaStore|NimbConfigUpgrade|DBStore|JsonValidator|ConfigStoreDocument|HostCtl::Lib|CSLogger)::|^. (ZEL|ORV_|Host|SetHostRoot|IsRealHost|File_Exists|FeatureState_)|^A (CONFIGSTORECTL|NIMBHOST)_' || true)
-    [ -z "$stray" ] || {
-        printf '%s exports names that no header declares:\n%s\n' "$library" "$stray"
-        exit 1
-    }
+# Every page, unit and document that the sources hold is there.
+for page in docs/man/*; do
+    name=$(basename "$page" .in)
+    [ -f "$prefix/share/man/man${name##*.}/$name" ] || fail "$page is not installed"
 done
-echo "install: program, consumer and exported names are right"
+for unit in packaging/*.service*; do
+    name=${unit##*/}
+    [ -f "$prefix/lib/systemd/system/${name%.in}" ] || fail "$unit is not installed"
+done
+for document in README.md CHANGELOG.md LICENSE docs/*.md; do
+    [ -f "$prefix/share/doc/configstorectl/$document" ] || fail "$document is not installed"
+done
+"$prefix/bin/zelsh" --version >/dev/null || fail "zelsh does not run"
+
+# Each header stands alone.
+for header in "$prefix"/include/configstorectl/*.h; do
+    printf '#include <%s>\n' "${header##*/}" >"$scratch/header.cpp"
+    g++ -std=c++20 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I"${header%/*}" "$scratch/header.cpp"
+done
+
+# shellcheck disable=SC2046 # the flags are words
+g++ -std=c++20 -Wall -Wextra -Wpedantic -Werror "$examples/consumer/main.cpp" -o "$scratch/by-pkgconfig" \
+    $(PKG_CONFIG_PATH="$pkgconfig" pkg-config --cflags --libs configstorectl) -Wl,-rpath,"$libraries"
+cmake -G Ninja -S "$examples/consumer" -B "$scratch/consumer" -DCMAKE_PREFIX_PATH="$prefix" \
+    -DCMAKE_CXX_FLAGS="-Wall -Wextra -Wpedantic -Werror" >/dev/null
+cmake --build "$scratch/consumer" >/dev/null
+
+stages() {
+    "$examples/sample-host.sh" "$scratch/host"
+    "$program" --root "$scratch/host" boot load >/dev/null
+    "$1" "$scratch/host" examples/host/desired/datacentre.json >"$scratch/said" || fail "$1 failed"
+    grep -q '^last boot: {"isBootComplete":false' "$scratch/said" || fail "$1 says nothing of the last boot"
+    "$program" --root "$scratch/host" boot load --no-restore >/dev/null
+    "$program" --root "$scratch/host" --json config show nimb/time/ntp | grep -q ntp3.lab.example ||
+        fail "what $1 staged was not applied"
+    ! "$1" "$scratch/host" examples/host/desired/mistaken.json >"$scratch/said" 2>&1 || fail "$1 staged mistakes"
+    rm -rf "$scratch/host"
+}
+stages "$scratch/by-pkgconfig"
+stages "$scratch/consumer/consumer"
+LD_LIBRARY_PATH="$libraries" python3 "$examples/consumer/kernel_facts.py" 'ls /' | grep -q '^system/' ||
+    fail "kernel_facts.py finds no kernel"
+echo "install: tree, headers, programs and consumers are right"
