@@ -75,7 +75,7 @@ struct FeatureList
 {
     bool schemaVersioning = true;               ///< process only the newest version of each schema
     bool nimbioPlacement = false;               ///< register schemas by their SmartNIC placement
-    bool shrinkableBackupRamdisk = false;       ///< the backup ramdisk starts empty
+    bool shrinkableBackupRamdisk = false;       ///< no memory is set aside for the backup ramdisk
     bool preserveNetworkConfiguration = false;  ///< entry 33: desired documents leave the network alone
 };
 
