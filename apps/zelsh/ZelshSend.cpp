@@ -21,6 +21,7 @@ namespace
 constexpr std::size_t LARGEST_PIECE = UINT16_MAX;
 
 volatile std::sig_atomic_t client = -1;
+bool broken = false;  // unlike shellTerminate, which "exit" sets too: its reply still ends with the marker
 
 char output[32768];
 std::size_t outputLength = 0;
@@ -54,7 +55,7 @@ ssize_t SendPieces(std::string_view data)
         }
         accepted += sent;
         data.remove_prefix(piece.size());
-    } while (!data.empty() && shellTerminate == 0);
+    } while (!data.empty() && !broken);
     return accepted;
 }
 
@@ -71,6 +72,7 @@ void SendErrorText(const char* text)
 void SetClient(int socket)
 {
     client = socket;
+    broken = false;
     outputLength = 0;
 }
 
@@ -81,6 +83,9 @@ int Client()
 
 void SendOutput(std::string_view text)
 {
+    if (broken) {
+        return;
+    }
     if (outputLength + text.size() > sizeof output) {
         FlushOutput();
     }
@@ -96,13 +101,16 @@ void FlushOutput()
 {
     const std::size_t length = outputLength;
     outputLength = 0;
-    if (length != 0 && shellTerminate == 0) {
+    if (length != 0 && !broken) {
         (void)ZELSHSendData(output, length);
     }
 }
 
 ssize_t SendOnce(std::string_view data, bool more)
 {
+    if (broken) {
+        return -1;
+    }
     ssize_t sent = 0;
     do {
         sent = send(client, data.data(), data.size(), MSG_NOSIGNAL | (more ? MSG_MORE : 0));
@@ -112,6 +120,7 @@ ssize_t SendOnce(std::string_view data, bool more)
     }
     const int reason = sent < 0 ? errno : ETIMEDOUT;
     Diagnose(0, "ZELSHSend", "send: %s", std::strerror(reason));
+    broken = true;
     shellTerminate = 1;
     return sent;
 }

@@ -32,7 +32,8 @@ void SendOutput(std::string_view text);
 void FlushOutput();
 
 /// Sends all of @p data with one call. A client that took less could not tell where the next reply begins: a short
-/// count counts as a failure. @return what the socket accepted, or -1; a failure is printed and sets shellTerminate.
+/// count counts as a failure. @return what the socket accepted, or -1; a failure is printed and sets shellTerminate,
+/// and nothing goes to that client any more: a reply that was cut must not seem to have ended.
 /// @param more  the reply goes on: what is sent may wait for that, and share its packet.
 ssize_t SendOnce(std::string_view data, bool more);
 }  // namespace Zelsh

@@ -65,13 +65,15 @@ int Connect(std::uint16_t port)
     return -1;
 }
 
-/// The other children of this process are none of its daemons.
-pid_t ChildOf(pid_t process)
+/// A child of this process beside @p other; it has none but daemons.
+pid_t ChildBeside(pid_t other)
 {
-    std::ifstream children("/proc/" + std::to_string(process) + "/task/" + std::to_string(process) + "/children");
+    const std::string self = std::to_string(getpid());
+    std::ifstream children("/proc/" + self + "/task/" + self + "/children");
     pid_t child = -1;
-    children >> child;
-    return child;
+    while (children >> child && child == other) {
+    }
+    return child != other ? child : -1;
 }
 
 std::uint64_t Number(const std::string& bytes, std::size_t offset)
@@ -193,14 +195,14 @@ DaemonTest::~DaemonTest()
     }
 }
 
-bool DaemonTest::Start()
+pid_t DaemonTest::Launch(int verbosity, const std::string& logFile) const
 {
     const pid_t starter = fork();
     if (starter == 0) {
-        const int log = open(Host().Real("/daemon.log").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        const int log = open(Host().Real(logFile).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         dup2(log, STDERR_FILENO);
         close(log);
-        options = {0, 0, 2, 1, zelshDefaultOutputPtr};
+        options = {0, 0, verbosity, 1, zelshDefaultOutputPtr};
         zelshListenAddress = "127.0.0.1";
         zelshListenPort = port_;
         ZELSH_Init();
@@ -210,7 +212,21 @@ bool DaemonTest::Start()
     int status = -1;
     EXPECT_EQ(waitpid(starter, &status, 0), starter);
     EXPECT_EQ(status, 0);
-    daemon_ = ChildOf(getpid());
+    return ChildBeside(daemon_);
+}
+
+int DaemonTest::StatusOfSecond(int verbosity, const std::string& logFile) const
+{
+    const pid_t second = Launch(verbosity, logFile);
+    int status = -1;
+    EXPECT_EQ(waitpid(second, &status, 0), second);
+    EXPECT_TRUE(WIFEXITED(status));
+    return WEXITSTATUS(status);
+}
+
+bool DaemonTest::Start()
+{
+    daemon_ = Launch(2, "/daemon.log");
     return Eventually([this] {
                return Diagnostics().find("Waiting for client connection") != std::string::npos ||
                       waitpid(daemon_, nullptr, WNOHANG) == daemon_;

@@ -63,6 +63,9 @@ protected:
     /// Ends the daemon with @p signal. @return its status as waitpid() gives it.
     int Stop(int signal);
 
+    /// The exit status of another daemon on the same port; it writes its standard error to @p logFile.
+    int StatusOfSecond(int verbosity, const std::string& logFile) const;
+
     /// What it wrote to its standard error.
     std::string Diagnostics() const { return Host().ReadFile("/daemon.log"); }
     /// Diagnostics, as soon as they hold @p text.
@@ -76,6 +79,7 @@ protected:
 
 private:
     bool Start();
+    pid_t Launch(int verbosity, const std::string& logFile) const;
 
     std::uint16_t port_ = 0;
     pid_t daemon_ = -1;

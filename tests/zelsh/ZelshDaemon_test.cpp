@@ -198,6 +198,13 @@ TEST_F(ZelshDaemon, AClientThatQuitsGetsItsMarkerAndTheNextOneIsServed)
     EXPECT_EQ(client.Ask("pwd"), "/\n<EOM>");
 }
 
+TEST_F(ZelshDaemon, AClientThatQuitsGetsTheWholeErrorTextBeforeItsMarker)
+{
+    const TestClient client(Port());
+    client.Send("exit \"x");
+    EXPECT_EQ(client.ReceiveToEnd(), "Invalid argument: \"\"x\": unterminated quotation.\n<EOM>");
+}
+
 TEST_F(ZelshDaemon, TheDiagnosticsOfARequestStandInTheirOrder)
 {
     {
@@ -242,6 +249,15 @@ TEST_F(ZelshDaemon, TheDiagnosticsOfBinaryModeNameEachPiece)
                                                           "ZELSHDaemon():Waiting for client request\n"));
 }
 
+TEST_F(ZelshDaemon, AConnectionThatFailsSaysWhy)
+{
+    TestClient client(Port());
+    EXPECT_EQ(client.Ask("pwd"), "/\n<EOM>");
+    client.Reset();
+    EXPECT_THAT(DiagnosticsWith("Client closed connection.\n"),
+                HasSubstr("ZELSHDaemon():recv: Connection reset by peer\n"));
+}
+
 TEST_F(ZelshDaemon, AtLevelZeroRequestsLeaveNoTrace)
 {
     const TestClient client(Port());
@@ -276,6 +292,20 @@ TEST_F(ZelshDaemon, ADaemonWhoseClientDoesNotReadCanStillBeStopped)
     client.Send(request);
     EXPECT_EQ(client.Receive(1).size(), 1U);  // from now on it sends, and nobody reads
     EXPECT_EQ(Stop(SIGTERM), 0);
+}
+
+TEST_F(ZelshDaemon, ADaemonThatCannotListenSaysSoAndExitsWithOne)
+{
+    EXPECT_EQ(StatusOfSecond(0, "/second"), 1);
+    EXPECT_EQ(Host().ReadFile("/second"),
+              "ZELSHDaemon():ZELSH Daemon started\nZELSHDaemon():bind: Address already in use\n");
+}
+
+TEST_F(ZelshDaemon, BelowLevelZeroItStartsAndFailsInSilence)
+{
+    EXPECT_EQ(StatusOfSecond(-1, "/second"), 1);
+    EXPECT_TRUE(Host().Exists("/second"));
+    EXPECT_EQ(Host().ReadFile("/second"), "");
 }
 
 TEST_F(ZelshDaemon, ASecondDaemonOnThePortSaysSoAndExitsWithOne)
