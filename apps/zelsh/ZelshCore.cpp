@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -6,6 +5,7 @@
 
 #include "ZELSH.h"
 #include "ZelshCommands.h"
+#include "ZelshPrint.h"
 #include "ZelshText.h"
 
 namespace Zelsh
@@ -71,7 +71,7 @@ bool Arguments::Add(const char* start, const char* end)
         return false;
     }
     if (options.verbosity > 9) {
-        std::fprintf(stderr, "Got argument #%d: \"%s\"\n", count_, text);
+        Trace("Got argument #%d: \"%s\"", count_, text);
     }
     texts_[count_++] = text;
     return true;
@@ -139,7 +139,7 @@ int ZELSH_ExecCmd(int count, char** arguments)
         return 0;
     }
     if (options.verbosity > 7) {
-        std::fprintf(stderr, "Looking for %s\n", arguments[0]);
+        Zelsh::Trace("Looking for %s", arguments[0]);
     }
     const Zelsh::Command* command = Zelsh::FindCommand(arguments[0]);
     if (command == nullptr) {

@@ -99,6 +99,9 @@ ORV_ReturnStatus New(ZELSHPath** path, std::optional<ZELSHPath> from)
 
 ORV_ReturnStatus Append(ZELSHPath& path, const char* component)
 {
+    if (*component == '\0' || SplitPath(component).size() != 1) {
+        return ORV_BAD_PARAM;
+    }
     std::optional<ZELSHPath> longer = Resolve(component, path);
     if (!longer) {
         return ORV_NOT_FOUND;
@@ -187,8 +190,10 @@ ORV_ReturnStatus ZELSHPath_Form(const char* text, ZELSHPath** path)
 
 ORV_ReturnStatus ZELSHPath_CatComponent(ZELSHPath* path, const char* component)
 {
-    const bool isOne = component != nullptr && *component != '\0' && SplitPath(component).size() == 1;
-    return path != nullptr && isOne ? Guarded([=] { return Append(*path, component); }) : ORV_BAD_PARAM;
+    if (path == nullptr || component == nullptr) {
+        return ORV_BAD_PARAM;
+    }
+    return Guarded([=] { return Append(*path, component); });
 }
 
 ORV_ReturnStatus ZELSHPath_GetStr(const ZELSHPath* path, char* text, std::size_t size)

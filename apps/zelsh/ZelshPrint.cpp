@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "ZELSH.h"
@@ -23,15 +24,17 @@ Text Format(const char* format, va_list arguments, int& length)
     return {length < 0 ? nullptr : text, &std::free};
 }
 
-/// One line on standard error.
-void PrintLine(const char* begin, const char* format, va_list arguments, std::string (*escape)(std::string_view))
+/// One line on standard error, behind the name of @p function when there is one.
+void PrintLine(const char* function, const char* format, va_list arguments, std::string (*escape)(std::string_view))
 {
+    const char* const mark = *function != '\0' ? "():" : "";
     int length = 0;
     const Text text = Format(format, arguments, length);
     try {
-        std::fprintf(stderr, "%s%s\n", begin, text != nullptr ? escape(text.get()).c_str() : "Out of memory");
+        const std::string line = text != nullptr ? escape(text.get()) : "Out of memory";
+        std::fprintf(stderr, "%s%s%s\n", function, mark, line.c_str());
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "%sOut of memory\n", begin);
+        std::fprintf(stderr, "%s%sOut of memory\n", function, mark);
     }
 }
 }  // namespace
@@ -57,9 +60,17 @@ void Diagnose(int verbosity, const char* function, const char* format, ...)
     }
     va_list arguments;
     va_start(arguments, format);
-    PrintLine((std::string(function) + "():").c_str(), format, arguments, EscapeDiagnostic);
+    PrintLine(function, format, arguments, EscapeDiagnostic);
     va_end(arguments);
     std::fflush(nullptr);
+}
+
+void Trace(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    PrintLine("", format, arguments, EscapeDiagnostic);
+    va_end(arguments);
 }
 }  // namespace Zelsh
 

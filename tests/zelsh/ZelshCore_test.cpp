@@ -122,6 +122,36 @@ TEST_F(ZelshCore, AboveLevelSevenTheLookupIsShownAndAboveNineEachArgument)
     EXPECT_EQ(Run("pwd \"a b\"").errors, "Got argument #0: \"pwd\"\nGot argument #1: \"\"a b\"\"\nLooking for pwd\n");
 }
 
+TEST_F(ZelshCore, WhatIsShownOfARequestCannotSteerATerminal)
+{
+    options.verbosity = 10;
+    EXPECT_EQ(Run("pwd a\x1b[2J").errors,
+              "Got argument #0: \"pwd\"\nGot argument #1: \"a\\x1b[2J\"\nLooking for pwd\n");
+    options.verbosity = 8;
+    EXPECT_EQ(Run("\x1b]0;x\a").errors, "Looking for \\x1b]0;x\\x07\nCommand not found.\n");
+}
+
+TEST_F(ZelshCore, ACommandCanBeRunWithoutALine)
+{
+    char name[] = "pwd";
+    char unknown[] = "PWD";
+    char get[] = "get";
+    char path[] = "/no \"such\" node";  // an argument as it stands: nothing is parsed again
+    char* there[] = {name};
+    char* none[] = {unknown};
+    char* failing[] = {get, path};
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(ZELSH_ExecCmd(1, there), 0);
+    EXPECT_EQ(ZELSH_ExecCmd(1, none), 1);
+    EXPECT_EQ(ZELSH_ExecCmd(2, failing), 2);
+    EXPECT_EQ(ZELSH_ExecCmd(0, there), 0);
+    EXPECT_EQ(ZELSH_ExecCmd(1, nullptr), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "/\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Command not found.\nget: /no \"such\" node: no such node\nError in command get: Not found\n");
+}
+
 TEST_F(ZelshCore, ManyArgumentsAreAllHandedOver)
 {
     std::string line = "get";

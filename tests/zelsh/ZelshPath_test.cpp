@@ -1,6 +1,11 @@
+#include <sys/resource.h>
+#include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "ChildProcess.h"
 #include "TestHost.h"
 #include "ZELSH.h"
 
@@ -41,6 +46,20 @@ List Arguments(const std::string& text)
     ZEL_ParamList* list = nullptr;
     EXPECT_EQ(ZELSHPath_GetInstArgs(path.get(), &list), ORV_OK);
     return List(list);
+}
+
+std::string Text(const Path& path)
+{
+    char text[256] = {};
+    EXPECT_EQ(ZELSHPath_GetStr(path.get(), text, sizeof text), ORV_OK);
+    return text;
+}
+
+Path RootPath()
+{
+    ZELSHPath* path = nullptr;
+    EXPECT_EQ(ZELSHPath_InitRoot(&path), ORV_OK);
+    return Path(path);
 }
 
 ORV_ReturnStatus FormStatus(const char* text)
@@ -140,3 +159,102 @@ TEST_F(ZelshPath, APathWithoutInstancesHasNoArguments)
     EXPECT_EQ(ZEL_Get(ZEL_NODE_system_bootMAC, none.get(), text, sizeof text), ORV_OK);
     EXPECT_EQ(ZEL_ParamListAddInt(none.get(), 1), ORV_LIMIT_EXCEEDED);
 }
+
+TEST_F(ZelshPath, ARootPathIsTheRootOfTheMoment)
+{
+    EXPECT_EQ(Text(RootPath()), "/");
+    EXPECT_EQ(ZELSH_InitRoot("/system/quenfs"), ORV_OK);
+    const Path path = RootPath();
+    EXPECT_EQ(Text(path), "/");
+    EXPECT_EQ(ZELSHPath_CatComponent(path.get(), "inodes"), ORV_OK);
+    EXPECT_EQ(Text(path), "/inodes");
+    EXPECT_EQ(ZELSH_InitRoot(""), ORV_OK);
+    EXPECT_EQ(ZELSHPath_InitRoot(nullptr), ORV_BAD_PARAM);
+}
+
+TEST_F(ZelshPath, APathGrowsByOneComponentAtATime)
+{
+    const Path path = RootPath();
+    for (const auto& [component, text] : std::vector<std::pair<const char*, const char*>>{
+             {"system", "/system"},
+             {"quenfs", "/system/quenfs"},
+             {".", "/system/quenfs"},
+             {"ramdisks", "/system/quenfs/ramdisks"},
+             {"\"a/b c\"", "/system/quenfs/ramdisks/\"a/b c\""},
+             {"memUsageLimit", "/system/quenfs/ramdisks/\"a/b c\"/memUsageLimit"},
+             {"..", "/system/quenfs/ramdisks/\"a/b c\""}}) {
+        EXPECT_EQ(ZELSHPath_CatComponent(path.get(), component), ORV_OK) << component;
+        EXPECT_EQ(Text(path), text);
+        EXPECT_EQ(Text(Form(text)), text);
+    }
+}
+
+TEST_F(ZelshPath, AComponentThatIsRefusedLeavesThePathAsItIs)
+{
+    const Path path = Form("/system");
+    for (const char* component : {"", "quenfs/inodes", "/", "bootMAC/", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(ZELSHPath_CatComponent(path.get(), component), ORV_BAD_PARAM);
+    }
+    EXPECT_EQ(ZELSHPath_CatComponent(path.get(), "none"), ORV_NOT_FOUND);
+    EXPECT_EQ(ZELSHPath_CatComponent(nullptr, "system"), ORV_BAD_PARAM);
+    EXPECT_EQ(Text(path), "/system");
+}
+
+TEST_F(ZelshPath, ATextThatDoesNotFitIsNotWritten)
+{
+    const Path path = Form("/system");
+    char text[] = "untouched";
+    EXPECT_EQ(ZELSHPath_GetStr(path.get(), text, 7), ORV_LIMIT_EXCEEDED);
+    EXPECT_EQ(ZELSHPath_GetStr(path.get(), text, 0), ORV_LIMIT_EXCEEDED);
+    EXPECT_STREQ(text, "untouched");
+    EXPECT_EQ(ZELSHPath_GetStr(path.get(), text, 8), ORV_OK);
+    EXPECT_STREQ(text, "/system");
+    EXPECT_EQ(ZELSHPath_GetStr(path.get(), nullptr, 8), ORV_BAD_PARAM);
+    EXPECT_EQ(ZELSHPath_GetStr(nullptr, text, 8), ORV_BAD_PARAM);
+}
+
+TEST_F(ZelshPath, InstancesAreListedAsTheyStandInPaths)
+{
+    Host().WriteFile("/var/run/talvor/zel/memUsageLimit/plain", "80 90\n");
+    Host().WriteFile("/var/run/talvor/zel/memUsageLimit/odd name", "80 90\n");
+    const Path path = Form("/system/quenfs/ramdisks");
+    char** names = nullptr;
+    std::size_t count = 0;
+    ASSERT_EQ(ZELSH_GetInstanceNodes(path.get(), &names, &count), ORV_OK);
+    ASSERT_EQ(count, 2U);
+    std::swap(names[0], names[1]);
+    std::qsort(names, count, sizeof *names, ZELSH_StringCompareCb);
+    EXPECT_STREQ(names[0], "\"odd name\"");
+    EXPECT_STREQ(names[1], "plain");
+    std::free(names);
+    EXPECT_EQ(ZELSH_GetInstanceNodes(Form("/system").get(), &names, &count), ORV_BAD_PARAM);
+    EXPECT_EQ(names, nullptr);
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(ZELSH_GetInstanceNodes(nullptr, &names, &count), ORV_BAD_PARAM);
+    EXPECT_EQ(ZELSH_GetInstanceNodes(path.get(), nullptr, &count), ORV_BAD_PARAM);
+    EXPECT_EQ(ZELSH_GetInstanceNodes(path.get(), &names, nullptr), ORV_BAD_PARAM);
+}
+
+TEST_F(ZelshPath, TextsAreComparedByTheirBytes)
+{
+    const char* left = "B";
+    for (const auto& [right, order] :
+         std::vector<std::pair<const char*, int>>{{"B", 0}, {"A", 1}, {"a", -1}, {"", 1}, {"B ", -1}, {"\xff", -1}}) {
+        const int result = ZELSH_StringCompareCb(&left, &right);
+        EXPECT_EQ((result > 0) - (result < 0), order) << right;
+    }
+}
+
+#ifndef SANITIZED  // a sanitizer's own bookkeeping needs the memory that is taken away here
+TEST_F(ZelshPath, AComponentThatMemoryDoesNotHoldIsAStatus)
+{
+    const Path path = Form("/system/quenfs/ramdisks");
+    const std::string component(64 << 20, 'x');
+    EXPECT_TRUE(Succeeded(StartProcess([&] {
+        const rlimit nothing = {1, 1};
+        setrlimit(RLIMIT_DATA, &nothing);
+        setrlimit(RLIMIT_AS, &nothing);
+        return ZELSHPath_CatComponent(path.get(), component.c_str()) == ORV_NO_MEMORY;
+    })));
+}
+#endif
