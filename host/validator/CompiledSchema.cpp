@@ -78,8 +78,7 @@ private:
             }
             const std::string rule = RuleMember(keyword->name);
             pruned.AddMember(rule.empty() ? JsonValue(member.name, allocator_) : Text(rule),
-                             rule.empty() ? Shaped(keyword->shape, member.value) : Values(*keyword, member.value),
-                             allocator_);
+                             rule.empty() ? Kept(*keyword, member.value) : Values(*keyword, member.value), allocator_);
         }
         return pruned;
     }
@@ -88,16 +87,18 @@ private:
     {
         const bool isMark =
             keyword.family == JsonValidator::RULE_READ_ONLY || keyword.family == JsonValidator::RULE_DEPRECATIONS;
-        return keyword.family == COMBINATOR || (rules_.count(keyword.family) != 0 && (!isMark || value.GetBool()));
+        const bool isAsked = keyword.family >= 0 && rules_.count(keyword.family) != 0;
+        return keyword.family == COMBINATOR || (isAsked && (!isMark || value.GetBool()));
     }
 
+    JsonValue Reference(const JsonValue& reference) { return ReferenceTo(*ResolveReference(source_, reference)); }
+
     /// References are numbered anew, so that nothing depends on how valijson reads a JSON Pointer.
-    JsonValue Reference(const JsonValue& reference)
+    JsonValue ReferenceTo(const JsonValue& target)
     {
-        const JsonValue* target = ResolveReference(source_, reference);
-        const auto [entry, isNew] = numbers_.emplace(target, targets_.size());
+        const auto [entry, isNew] = numbers_.emplace(&target, targets_.size());
         if (isNew) {
-            targets_.push_back(target);
+            targets_.push_back(&target);
         }
         JsonValue pruned(rapidjson::kObjectType);
         const std::string path = std::string("#/") + DEFINITIONS_MEMBER + "/" + std::to_string(entry->second);
@@ -118,6 +119,12 @@ private:
         return texts;
     }
 
+    JsonValue Kept(const Keyword& keyword, const JsonValue& value)
+    {
+        // valijson gives the schema of names the place of the one around it, and takes the one for the other.
+        return keyword.name == "propertyNames" ? ReferenceTo(value) : Shaped(keyword.shape, value);
+    }
+
     JsonValue Shaped(Shape shape, const JsonValue& value)
     {
         switch (shape) {
@@ -131,6 +138,9 @@ private:
             case Shape::PATTERN_MAP:
             case Shape::DEPENDENCIES:
                 return SchemaMap(value);
+            case Shape::NUMBER:
+                // valijson reads every integer as a signed one.
+                return value.IsInt64() ? JsonValue(value.GetInt64()) : JsonValue(value.GetDouble());
             default:
                 return JsonValue(value, allocator_);
         }

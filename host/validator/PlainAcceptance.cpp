@@ -246,7 +246,9 @@ PlainAcceptance::PlainAcceptance(const JsonValue& schema, const std::set<int>& r
     : root_(schema), patterns_(patterns)
 {
     for (const int rule : rules) {
-        rules_ |= 1U << rule;
+        if (rule >= JsonValidator::RULE_TYPES && rule <= JsonValidator::RULE_MEMBERS) {
+            rules_ |= 1U << rule;
+        }
     }
 }
 

@@ -81,3 +81,50 @@ TEST(JsonValidatorCombinators, PropertiesWhosePathsLookAlikeKeepTheirOwnSchemas)
     EXPECT_FALSE(Accepts(schema, R"({"a": {"b": "x"}})"));
     EXPECT_FALSE(Accepts(schema, R"({"a/properties/b": 1})"));
 }
+
+TEST(JsonValidatorCombinators, NamesAreCheckedWhereverTheirSchemaStands)
+{
+    for (const char* type : {"", R"("type": "object", )"}) {
+        for (const char* holder : {R"({"properties": {"p": {"$ref": "#/definitions/m"}}, "definitions": {"m": *}})",
+                                   R"({"properties": {"p": {"$ref": "#/definitions/l"}},
+                                       "definitions": {"l": {"$ref": "#/definitions/m"}, "m": *}})",
+                                   R"({"properties": {"p": *}})"}) {
+            std::string schema = holder;
+            schema.replace(schema.find('*'), 1, "{" + std::string(type) + R"("propertyNames": {"pattern": "^a"}})");
+            EXPECT_THAT(FindingsOf(schema, R"({"p": {"a": 1}})"), IsEmpty()) << schema;
+            EXPECT_THAT(FindingsOf(schema, R"({"p": {"a": 1, "b": {}}})"),
+                        ElementsAre("/p/b: expected a string that matches \"^a\", found \"b\""))
+                << schema;
+        }
+    }
+}
+
+TEST(JsonValidatorCombinators, TheSchemaOfNamesMayBeAReferenceABooleanOrReferredTo)
+{
+    const std::string definitions = R"(, "definitions": {"m": {"propertyNames": *}, "short": {"maxLength": 1}}})";
+    const auto accepts = [&](const std::string& names, const std::string& value, const std::string& more = "") {
+        std::string schema = R"({"properties": {"p": {"$ref": "#/definitions/m"})" + more + "}" + definitions;
+        schema.replace(schema.find('*'), 1, names);
+        return Accepts(schema, value);
+    };
+    EXPECT_TRUE(accepts(R"({"$ref": "#/definitions/short"})", R"({"p": {"a": 1}})"));
+    EXPECT_FALSE(accepts(R"({"$ref": "#/definitions/short"})", R"({"p": {"ab": 1}})"));
+    EXPECT_TRUE(accepts("false", R"({"p": {}})"));
+    EXPECT_FALSE(accepts("false", R"({"p": {"a": 1}})"));
+    EXPECT_TRUE(accepts("true", R"({"p": {"a": 1}})"));
+    const std::string referring = R"(, "q": {"$ref": "#/definitions/m/propertyNames"})";
+    EXPECT_TRUE(accepts(R"({"type": "string", "maxLength": 1})", R"({"p": {"a": 1}, "q": "b"})", referring));
+    EXPECT_FALSE(accepts(R"({"type": "string", "maxLength": 1})", R"({"p": {"a": 1}, "q": "bc"})", referring));
+}
+
+TEST(JsonValidatorCombinators, ARuleThatIsNoneChangesNothing)
+{
+    const std::string schema = R"({"properties": {"p": {"$ref": "#/definitions/1"}},
+        "definitions": {"0": {"type": "string"}, "1": {"type": "integer"}}})";
+    for (const int none : {-3, -2, -1, 9, 31, 32, 1000}) {
+        EXPECT_THAT(FindingsOf(schema, R"({"p": 1})", {0, 8, none}), IsEmpty()) << none;
+        EXPECT_THAT(FindingsOf(schema, R"({"p": "x"})", {0, 8, none}),
+                    ElementsAre("/p: expected the type integer, found \"x\""))
+            << none;
+    }
+}

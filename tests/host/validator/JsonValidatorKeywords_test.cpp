@@ -57,6 +57,38 @@ TEST(JsonValidatorKeywords, BoundsApplyToNumbersOfEverySize)
     EXPECT_THAT(FindingsOf(R"({"maximum": 0.5})", "0.75"), ElementsAre(": expected at most 0.5, found 0.75"));
 }
 
+TEST(JsonValidatorKeywords, BoundsBeyondTheLargestSignedIntegerKeepTheirSign)
+{
+    for (const char* limit : {"9223372036854775808", "18446744073709551615"}) {
+        for (const char* aside : {"", R"(, "oneOf": [true])"}) {
+            const auto bound = [&](const char* keyword) {
+                return "{\"" + std::string(keyword) + "\": " + limit + aside + "}";
+            };
+            EXPECT_TRUE(Accepts(bound("maximum"), "5")) << limit << aside;
+            EXPECT_TRUE(Accepts(bound("exclusiveMaximum"), "5")) << limit << aside;
+            EXPECT_FALSE(Accepts(bound("minimum"), "5")) << limit << aside;
+            EXPECT_FALSE(Accepts(bound("exclusiveMinimum"), "5")) << limit << aside;
+            EXPECT_TRUE(Accepts(bound("minimum"), "18446744073709551615")) << limit << aside;
+        }
+    }
+}
+
+TEST(JsonValidatorKeywords, ABoundBeyondTheLargestSignedIntegerIsNoFindingBesideAnother)
+{
+    for (const char* limit : {"9223372036854775808", "18446744073709551615"}) {
+        for (const char* keyword : {"maximum", "exclusiveMaximum"}) {
+            const std::string schema = "{\"" + std::string(keyword) + "\": " + limit + R"(, "not": {}})";
+            EXPECT_THAT(FindingsOf(schema, "5"), SizeIs(1)) << schema;
+        }
+        for (const char* keyword : {"minimum", "exclusiveMinimum"}) {
+            const std::string schema = "{\"" + std::string(keyword) + "\": " + limit + R"(, "not": {}})";
+            EXPECT_THAT(FindingsOf(schema, "5"), SizeIs(2)) << schema;
+        }
+    }
+    EXPECT_THAT(FindingsOf(R"({"minimum": 9223372036854775808})", "5"),
+                ElementsAre(": expected at least 9.223372036854776e+18, found 5"));
+}
+
 TEST(JsonValidatorKeywords, MultiplesAreExactForIntegersAndForgivingForFractions)
 {
     EXPECT_TRUE(Accepts(R"({"multipleOf": 5})", "18446744073709551615"));

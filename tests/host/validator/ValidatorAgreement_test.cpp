@@ -73,3 +73,29 @@ TEST(ValidatorAgreement, WhatIsAcceptedAtAGlanceHasNoFindings)
     EXPECT_GT(accepted, compared / 10);
     EXPECT_GT(compared - accepted, compared / 10);
 }
+
+TEST(ValidatorAgreement, AReferenceToASchemaFindsWhatTheSchemaItselfFinds)
+{
+    int accepted = 0;
+    int compared = 0;
+    for (unsigned seed = 0; seed < 1000; ++seed) {
+        RandomSchemas generator(seed, RandomSchemas::Keywords::ALL);
+        const std::string other = R"(, "x": )" + generator.Schema(0) + "}}";
+        const std::string schema = generator.Schema(3);
+        const std::string written = R"({"properties": {"a": )" + schema + R"(}, "definitions": {"m": {})" + other;
+        const std::string referred =
+            R"({"properties": {"a": {"$ref": "#/definitions/m"}}, "definitions": {"m": )" + schema + other;
+        if (!ProblemOf(referred).empty()) {
+            continue;  // a keyword came out twice, or a reference leads back to itself
+        }
+        for (int i = 0; i < 8; ++i) {
+            const std::string value = R"({"a": )" + generator.Value(3) + "}";
+            const std::vector<std::string> findings = FindingsOf(written, value);
+            EXPECT_EQ(FindingsOf(referred, value), findings) << schema << "\n" << value;
+            accepted += findings.empty() ? 1 : 0;
+            ++compared;
+        }
+    }
+    EXPECT_GT(accepted, compared / 10);
+    EXPECT_GT(compared - accepted, compared / 10);
+}
