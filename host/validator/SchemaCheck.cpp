@@ -25,6 +25,31 @@ constexpr double MAX_SCHEMAS = 10'000'000;
     throw SchemaProblem("at \"" + PointerTo(place) + "\": " + why);
 }
 
+/// valijson reads names and patterns up to the first NUL.
+void RefuseNul(const JsonValue& text, const Place* place)
+{
+    if (TextOf(text).find('\0') != std::string_view::npos) {
+        Refuse(place, Described(text) + " holds a NUL, at which it would be cut");
+    }
+}
+
+void RefuseNulIn(const JsonValue& texts, const Place* place)
+{
+    for (const JsonValue& text : texts.GetArray()) {
+        RefuseNul(text, place);
+    }
+}
+
+void RefuseNulInLists(const JsonValue& dependencies, const Place* place)
+{
+    for (const auto& member : dependencies.GetObject()) {
+        if (member.value.IsArray()) {
+            const Place here{place, TextOf(member.name)};
+            RefuseNulIn(member.value, &here);
+        }
+    }
+}
+
 /// Tells names that stand twice in an object: few are compared with each other, many are looked up.
 class EarlierNames
 {
@@ -210,7 +235,13 @@ void SchemaCheck::Shaped(const Keyword& keyword, const Value& value, const Place
         Refuse(place, std::string("expected ") + ExpectedOf(keyword.shape) + ", found " + Described(value));
     }
     if (IsMap(keyword.shape)) {
-        NamesOnce(value, place);
+        Names(value, place);
+    }
+    if (keyword.shape == Shape::TEXTS) {
+        RefuseNulIn(value, place);
+    }
+    if (keyword.shape == Shape::DEPENDENCIES) {
+        RefuseNulInLists(value, place);
     }
     if (keyword.shape == Shape::PATTERN) {
         Pattern(value, place);
@@ -259,11 +290,12 @@ bool SchemaCheck::HasShape(Shape shape, const Value& value) const
     return false;
 }
 
-void SchemaCheck::NamesOnce(const Value& map, const Place* place)
+void SchemaCheck::Names(const Value& map, const Place* place)
 {
     EarlierNames earlier(map);
     for (const auto& member : map.GetObject()) {
         const Place here{place, TextOf(member.name)};
+        RefuseNul(member.name, place);
         if (earlier.Hold(member)) {
             Refuse(&here, "the member stands twice");
         }
@@ -280,6 +312,7 @@ void SchemaCheck::PatternNames(const Value& map, const Place* place)
 
 void SchemaCheck::Pattern(const Value& text, const Place* place)
 {
+    RefuseNul(text, place);
     try {
         patterns_.Compiled(TextOf(text));
     } catch (const std::runtime_error& error) {

@@ -46,7 +46,7 @@ private:
     Extent ReferenceKeyword(const Value& schema, const Value& reference, const Place* place);
     Extent SubschemasOf(Shape shape, const Value& value, const Place* place);
     void Shaped(const Keyword& keyword, const Value& value, const Place* place);
-    void NamesOnce(const Value& map, const Place* place);
+    void Names(const Value& map, const Place* place);
     void PatternNames(const Value& map, const Place* place);
     void Pattern(const Value& text, const Place* place);
     bool HasShape(Shape shape, const Value& value) const;

@@ -146,6 +146,19 @@ TEST(CheckSchema, ANameThatStandsTwiceInAMapIsRefusedByPlace)
     EXPECT_EQ(ProblemOf(R"({"default": {"a": 1, "a": 2}})"), "");
 }
 
+TEST(CheckSchema, ANameOrPatternThatHoldsANulIsRefusedByPlace)
+{
+    const std::string cut = R"("a\u0000b" holds a NUL, at which it would be cut)";
+    for (const char* map : {"properties", "patternProperties", "dependencies", "definitions", "$defs"}) {
+        EXPECT_EQ(ProblemOf("{\"" + std::string(map) + R"(": {"a\u0000b": {}}})"),
+                  "at \"/" + std::string(map) + "\": " + cut);
+    }
+    EXPECT_EQ(ProblemOf(R"({"dependencies": {"c": ["a\u0000b"]}})"), "at \"/dependencies/c\": " + cut);
+    EXPECT_EQ(ProblemOf(R"({"required": ["c", "a\u0000b"]})"), "at \"/required\": " + cut);
+    EXPECT_EQ(ProblemOf(R"({"pattern": "a\u0000b"})"), "at \"/pattern\": " + cut);
+    EXPECT_EQ(ProblemOf(R"({"const": "a\u0000b", "enum": ["a\u0000b"], "default": {"a\u0000b": 1}})"), "");
+}
+
 TEST(CheckSchema, AReferenceIntoAPlaceThatHasNoSchemaIsRefused)
 {
     for (const char* holder : {R"("x-shared": {"p": {"type": "string"}})", R"("examples": [{"p": {}}])",
