@@ -1,5 +1,8 @@
 #include <set>
+#include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 #include "JsonPlace.h"
 #include "NimbSchemaStore.h"
@@ -32,6 +35,40 @@ JsonValue ObjectOf(JsonValue properties, JsonAllocator& allocator)
     return schema;
 }
 
+/// The values of one name, which a document may hold more than once.
+using SameNamed = std::vector<const JsonValue*>;
+
+SameNamed ValuesOf(const JsonValue& object, std::string_view name)
+{
+    SameNamed values;
+    for (const auto& member : object.GetObject()) {
+        if (Text(member.name) == name) {
+            values.push_back(&member.value);
+        }
+    }
+    return values;
+}
+
+/// What all of @p parts hold together: each name once, where it stands first.
+std::vector<std::pair<std::string, SameNamed>> MembersOf(const SameNamed& parts)
+{
+    std::vector<std::pair<std::string, SameNamed>> members;
+    std::unordered_map<std::string, std::size_t> places;
+    for (const JsonValue* part : parts) {
+        if (!part->IsObject()) {
+            continue;
+        }
+        for (const auto& member : part->GetObject()) {
+            const auto [place, isNew] = places.emplace(Text(member.name), members.size());
+            if (isNew) {
+                members.push_back({place->first, {}});
+            }
+            members[place->second].second.push_back(&member.value);
+        }
+    }
+    return members;
+}
+
 /// Builds the levels of the document that @p cache knows; what it does not know is left out, and so refused by name.
 class DocumentSchema
 {
@@ -50,31 +87,31 @@ public:
             Enter("profile");
             JsonValue schema(rapidjson::kObjectType);
             JsonValue properties(rapidjson::kObjectType);
-            properties.AddMember("profile", Components(document["profile"]), allocator_);
+            properties.AddMember("profile", Components(ValuesOf(document, "profile")), allocator_);
             schema.AddMember("properties", properties, allocator_);  // other members are not read
             return schema;
         }
-        return Components(document);
+        return Components({&document});
     }
 
 private:
-    JsonValue Components(const JsonValue& document)
+    JsonValue Components(const SameNamed& documents)
     {
-        return Level(document, [this](const std::string& component, const JsonValue& groups, JsonValue& properties) {
+        return Level(documents, [this](const std::string& component, const SameNamed& groups, JsonValue& properties) {
             AddKnown(component, "", properties, [&] { return Groups(component, groups); });
         });
     }
 
-    JsonValue Groups(const std::string& component, const JsonValue& groups)
+    JsonValue Groups(const std::string& component, const SameNamed& groups)
     {
-        return Level(groups, [&](const std::string& group, const JsonValue& keys, JsonValue& properties) {
+        return Level(groups, [&](const std::string& group, const SameNamed& keys, JsonValue& properties) {
             AddKnown(component, group, properties, [&] { return Keys(component, group, keys); });
         });
     }
 
-    JsonValue Keys(const std::string& component, const std::string& group, const JsonValue& keys)
+    JsonValue Keys(const std::string& component, const std::string& group, const SameNamed& keys)
     {
-        return Level(keys, [&](const std::string& key, const JsonValue&, JsonValue& properties) {
+        return Level(keys, [&](const std::string& key, const SameNamed&, JsonValue& properties) {
             if (const SchemaObjectPtr object = cache_.Find({component, group, key})) {
                 Add(key, properties, [&] { return Object(*object); });
             }
@@ -82,13 +119,11 @@ private:
     }
 
     template <class AddMember>
-    JsonValue Level(const JsonValue& document, AddMember&& addMember)
+    JsonValue Level(const SameNamed& parts, AddMember&& addMember)
     {
         JsonValue properties(rapidjson::kObjectType);
-        if (document.IsObject()) {
-            for (const auto& member : document.GetObject()) {
-                addMember(Text(member.name), member.value, properties);
-            }
+        for (const auto& [name, values] : MembersOf(parts)) {
+            addMember(name, values, properties);
         }
         return ObjectOf(std::move(properties), allocator_);
     }

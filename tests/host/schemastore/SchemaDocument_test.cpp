@@ -12,6 +12,7 @@ using namespace NimbSchemaStore;
 using NimbConfigStore::JsonDocument;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 namespace
 {
@@ -57,6 +58,12 @@ protected:
 
     SchemaObjectCachePtr cache_;
 };
+
+/// @p text with its star replaced.
+std::string Filled(std::string text, const std::string& filling)
+{
+    return text.replace(text.find('*'), 1, filling);
+}
 }  // namespace
 
 TEST_F(SchemaDocumentTest, ADocumentOfKnownObjectsThatKeepToTheirSchemasHasNoFinding)
@@ -107,6 +114,29 @@ TEST_F(SchemaDocumentTest, EveryLevelMustBeAnObject)
     for (const char* text : {"[]", "5", R"({"nimb": []})", R"({"nimb": {"auth": 1}})"}) {
         EXPECT_EQ(FindingsOf(text).size(), 1u) << text;
     }
+}
+
+TEST_F(SchemaDocumentTest, WhereANameStandsTwiceBothPartsAreChecked)
+{
+    const std::string users = R"("auth": {"users": [{"login": "a"}]})";
+    const std::string badUsers = R"("auth": {"users": [{"login": 5}]})";
+    const std::string users2 = R"("users": [{"login": "b"}])";
+    const char* const finding = "/nimb/auth/users/0/login: expected the type string, found 5";
+    for (const std::string& twice :
+         {R"({"nimb": {*}, "nimb": {)" + users + "}}", R"({"nimb": {)" + users + R"(}, "nimb": {*}})",
+          R"({"nimb": {*, )" + users + "}}", R"({"nimb": {)" + users + ", *}}"}) {
+        EXPECT_THAT(FindingsOf(Filled(twice, users)), IsEmpty()) << twice;
+        EXPECT_THAT(FindingsOf(Filled(twice, badUsers)), ElementsAre(finding)) << twice;
+    }
+    for (const std::string& twice :
+         {R"({"nimb": {"auth": {*, )" + users2 + "}}}", R"({"nimb": {"auth": {)" + users2 + ", *}}}",
+          R"({"profile": {"nimb": {"auth": {*, )" + users2 + "}}}}"}) {
+        EXPECT_THAT(FindingsOf(Filled(twice, R"("users": [])")), IsEmpty()) << twice;
+        EXPECT_THAT(FindingsOf(Filled(twice, R"("users": [{"login": 5}])")), SizeIs(1)) << twice;
+    }
+    EXPECT_THAT(FindingsOf(R"({"nimb": {"auth": {}}, "nimb": {"net/work": {}, "auth": 7}})"),
+                ElementsAre("/nimb/auth: expected the type object, found 7"));
+    EXPECT_THAT(FindingsOf(R"({"profile": {"nimb": {}}, "profile": {"nimb": {"auth": {}}}})"), IsEmpty());
 }
 
 TEST_F(SchemaDocumentTest, ADocumentOfHundredsOfKeysIsCheckedAsAWhole)
