@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <regex>
+#include <optional>
+#include <string_view>
 
 #include "HostEvents.h"
 #include "JsonValidator.h"
@@ -18,11 +19,27 @@ namespace ConfigStoreCtl
 {
 namespace
 {
+/// Of a value that no row can hold, though its schema takes it or never sees it: the log tells the key alone.
+constexpr const char* NOT_STAGEABLE =
+    "expected an object, an array, or \"DELETE_DEFAULT\" where the object has a mutable default";
+
 const std::vector<Column> COLUMNS = {{"FILE", "file"}, {"PLACE", "field"}, {"FINDING", "error"}};
 
 std::string Unescaped(const std::string& pointer)
 {
-    return std::regex_replace(std::regex_replace(pointer, std::regex("~1"), "/"), std::regex("~0"), "~");
+    std::string text;
+    for (std::size_t at = 0; at < pointer.size(); ++at) {
+        const bool escaped = pointer[at] == '~' && at + 1 < pointer.size();
+        text += escaped ? (pointer[++at] == '1' ? '/' : '~') : pointer[at];
+    }
+    return text;
+}
+
+/// What stands behind @p words in a line that begins with them. Lines may be of any length, which the matcher of
+/// regular expressions is not made for.
+std::optional<std::string> Behind(std::string_view words, const std::string& line)
+{
+    return line.starts_with(words) ? std::optional<std::string>(line.substr(words.size())) : std::nullopt;
 }
 
 /// A component, group or object that no schema describes is a superfluous member to the validator; people want it
@@ -82,16 +99,21 @@ Listing StagingFindings(const std::string& file, const JsonDocument& desired)
 
 Listing LoggedFindings(const std::string& file, const std::vector<std::string>& errorLines)
 {
-    const std::regex invalid("Validation error at (.*?): (.*)");
-    const std::regex unknown("Schema not found for (.*)");
     Listing findings{COLUMNS, {}};
+    std::size_t earlier = 0;  // findings of other keys
     for (const std::string& line : errorLines) {
-        std::smatch match;
-        if (std::regex_match(line, match, invalid)) {
-            findings.rows.push_back({file, "/" + match[1].str(), match[2].str()});
-        } else if (std::regex_match(line, match, unknown)) {
-            const std::string place = "/" + match[1].str();
+        if (const auto invalid = Behind("Validation error at ", line)) {
+            const std::size_t end = invalid->find(": ");
+            const std::string error = end != std::string::npos ? invalid->substr(end + 2) : "";
+            findings.rows.push_back({file, "/" + invalid->substr(0, end), error});
+        } else if (const auto unknown = Behind("Schema not found for ", line)) {
+            const std::string place = "/" + *unknown;
             findings.rows.push_back({file, place, FindingText(place, "expected no such member")});
+        } else if (const auto key = Behind("Validation failed for configuration {", line)) {
+            if (findings.rows.size() == earlier) {
+                findings.rows.push_back({file, "/" + key->substr(0, key->rfind('}')), NOT_STAGEABLE});
+            }
+            earlier = findings.rows.size();
         }
     }
     return findings;

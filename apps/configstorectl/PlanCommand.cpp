@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <regex>
+#include <string_view>
 #include <utility>
 
 #include "BootModes.h"
@@ -63,15 +63,32 @@ void KeepSoftware()
 
 // ---- what the boot does not apply ---------------------------------------------------------------------------------
 
+/// @return whether @p text ended with @p end, which is then gone.
+bool TakeEnd(std::string_view& text, std::string_view end)
+{
+    const bool found = text.ends_with(end);
+    text.remove_suffix(found ? end.size() : 0);
+    return found;
+}
+
 /// The object that a line about the boot document names: "NAME is empty", "/PLACE is invalid", "… for NAME" or
 /// "REASON: NAME", each with ", skipping" behind it.
 std::string SkippedObject(const std::string& line)
 {
-    static const std::regex forms(
-        "(?:/?(.*) is (?:empty|invalid)|(?:Schema not found|Validation failed) for (.*)|"
-        ".*: (.*)), skipping");
-    std::smatch match;
-    return std::regex_match(line, match, forms) ? match[1].str() + match[2].str() + match[3].str() : "";
+    std::string_view text = line;
+    if (!TakeEnd(text, ", skipping")) {
+        return "";
+    }
+    if (TakeEnd(text, " is empty") || TakeEnd(text, " is invalid")) {
+        return std::string(text.substr(text.starts_with('/') ? 1 : 0));
+    }
+    for (const std::string_view words : {"Schema not found for ", "Validation failed for "}) {
+        if (text.starts_with(words)) {
+            return std::string(text.substr(words.size()));
+        }
+    }
+    const std::size_t reason = text.rfind(": ");
+    return reason == std::string_view::npos ? "" : std::string(text.substr(reason + 2));
 }
 
 /// The objects of the boot document that the boot passed over, each with the findings that were logged before.

@@ -125,6 +125,21 @@ TEST_F(PlanCommandTest, TellsWhatTheBootDocumentChangesAndWhatOfItIsRefused)
     ExpectGolden("desired-plan-boot-document", {"desired", "plan"}, 3);
 }
 
+TEST_F(PlanCommandTest, NamesWhatIsRefusedOfTheBootDocumentWhateverItsLength)
+{
+    const std::string name(100000, 'x');
+    Host().WriteFile("/etc/talvor/boot_configuration.json", R"({"nimb": {"network": {")" + name + R"(": {"a": 1}, "e)" +
+                                                                name + R"(": {}, "dns": {"servers": [1]}}, "g)" + name +
+                                                                "\": 7}}");
+    ASSERT_EQ(Run({"boot", "mode", "boot-config"}).status, 0);
+    const std::string plan = Plan(0);
+    EXPECT_THAT(plan, HasSubstr("refused  nimb/network/" + name + " "));
+    EXPECT_THAT(plan, HasSubstr("refused  nimb/network/e" + name + " "));
+    EXPECT_THAT(plan, HasSubstr("refused  nimb/g" + name + " "));
+    EXPECT_THAT(plan, HasSubstr("refused  nimb/network/dns "));
+    EXPECT_THAT(plan, HasSubstr("refused 4"));
+}
+
 TEST_F(PlanCommandTest, NamesEveryRowThatABootThatFailsRefuses)
 {
     Stage("set", R"({"nimb": {"network": {"vswitch": [{"name": "a"}], "dns": {}, "uplinks": []}}})");

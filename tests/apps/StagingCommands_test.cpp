@@ -148,6 +148,27 @@ TEST_F(StagingCommandsTest, SmartnicReportsEveryFindingAndStagesNothing)
     EXPECT_EQ(Host().KeyValue("BOOT_MODE"), "");
 }
 
+TEST_F(StagingCommandsTest, SmartnicReportsEveryKeyThatCannotBeStagedWhateverTheLogSaysOfIt)
+{
+    for (const char* keys : {R"("dns": "delete_default", "vswitch": 7)", R"("vswitch": 7, "dns": "delete_default")"}) {
+        Input(R"({"nimb": {"network": {)" + std::string(keys) + "}}}");
+        const Ran ran = Run({"desired", "smartnic", "-"});
+        EXPECT_EQ(ran.errors, "configstorectl: desired smartnic: -: is not valid; findings: 2; nothing was staged\n");
+        EXPECT_THAT(ran.output, HasSubstr("-     /nimb/network/dns      expected an object, an array, or "
+                                          "\"DELETE_DEFAULT\" where the object has a mutable default\n"));
+        EXPECT_THAT(ran.output, HasSubstr("-     /nimb/network/vswitch  expected the type array, found 7\n"));
+    }
+}
+
+TEST_F(StagingCommandsTest, SmartnicReportsAnUnknownNameOfAnyLength)
+{
+    const std::string name(100000, 'x');
+    Input(R"({"nimb": {"network": {")" + name + R"(": {}, "dns": {"servers": [1]}}}})");
+    const Ran ran = Run({"desired", "smartnic", "-"});
+    EXPECT_EQ(ran.errors, "configstorectl: desired smartnic: -: is not valid; findings: 2; nothing was staged\n");
+    EXPECT_THAT(ran.output, HasSubstr("found the unknown object nimb/network/" + name + "\n"));
+}
+
 TEST_F(StagingCommandsTest, SmartnicNamesAValueThatNoRowCanHold)
 {
     Input(R"({"nimb": 7})");
