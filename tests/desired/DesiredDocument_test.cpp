@@ -291,6 +291,32 @@ TEST_F(DesiredDocumentTest, ADefaultThatMeetsAPreservedRowFailsTheDocument)
     EXPECT_EQ(Failure(R"({"nimb": {"network": {"orvnics": []}}})"), "nothing");
 }
 
+TEST_F(DesiredDocumentTest, ADefaultOfAPreservedSwitchFailsADocumentThatDoesNotMentionSwitches)
+{
+    Host().WithPackage("net", "1.1.0_0.1",
+                       "[" + Instances("network_gnx", "switches", R"("mutableDefaultConfig": true,)") + "]");
+    RegisterSchemas();
+    Live("('network_gnx', 'switches', 'gnx0', '{}', NULL)");
+    Default("('network_gnx', 'switches', 'gnx0', 'u', NULL, NULL)");
+    EXPECT_EQ(Failure(), "2000 Failed to insert default configuration to desired config table");
+    Host().Sql("DELETE FROM DesiredUserConfig");
+    EXPECT_EQ(Failure(R"({"nimb": {"network_gnx": {"switches": []}}})"), "nothing");
+    EXPECT_THAT(Staged(), ElementsAre(R"(switches/gnx0 {"name":"gnx0"} NULL SET)"));
+}
+
+TEST_F(DesiredDocumentTest, ADefaultOptionOfTheAgentThatIsLiveFailsADocumentThatDoesNotMentionOptions)
+{
+    Host().WithPackage("net", "1.1.0_0.1",
+                       "[" + Instances("advanced_options", "user_vars", R"("mutableDefaultConfig": true,)") + "]");
+    RegisterSchemas();
+    Live("('advanced_options', 'user_vars', 'BRX_IP', '{}', NULL)");
+    Default("('advanced_options', 'user_vars', 'BRX_IP', 'u', NULL, NULL)");
+    EXPECT_EQ(Failure(), "2000 Failed to preserve BRX user-var advanced options");
+    Host().Sql("DELETE FROM DesiredUserConfig");
+    EXPECT_EQ(Failure(R"({"nimb": {"advanced_options": {"user_vars": []}}})"), "nothing");
+    EXPECT_THAT(Staged(), ElementsAre("user_vars/BRX_IP {} NULL SET"));
+}
+
 // ---- Options of the network virtualisation agent ------------------------------------------------------------------
 
 TEST_F(DesiredDocumentTest, TheAgentsOptionsAreCarriedOverAndNoOthers)
