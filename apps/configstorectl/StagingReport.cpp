@@ -129,8 +129,8 @@ void StagingReport::PrintDocument(const std::vector<DesiredInstance>& instances,
         const auto origin = origins.find({ObjectOf(row), row[STAGED_VALUE].value_or("")});
         if (origin != origins.end()) {
             Add(STAGED, row, "the document", origin->second->filledIn);
-        } else if (const auto found = deleted.find(ObjectOf(row)); found != deleted.end()) {
-            found->second = row;
+        } else if (row[STAGED_ACTION] == "DELETE" && deleted.count(ObjectOf(row)) != 0) {
+            deleted[ObjectOf(row)] = row;
         } else {
             AddCarriedOver(row);
         }
@@ -148,8 +148,10 @@ void StagingReport::PrintDelete(const std::string& object, Output& output)
     for (const StoreRow& row : ReadRowsBelow(Statements::SHOW_STAGED, object)) {
         if (row[STAGED_ACTION] == "DELETE") {
             deleted = row;
-        } else {
+        } else if (row[STAGED_ACTION]) {
             Add(KEPT, row, "staged earlier: outlives the delete");
+        } else {
+            Add(DROPPED, row, "default staged earlier: no longer applies");
         }
     }
     if (!deleted.empty()) {

@@ -72,6 +72,23 @@ TEST_F(StagingCommandsTest, SetOfADocumentThatStagesNothingStillDropsWhatWasStag
               "deleted 1; the next boot applies 1 (desired)\n");
 }
 
+TEST_F(StagingCommandsTest, SetTellsADeletedDefaultFromTheRowsThatArePreservedAllTheSame)
+{
+    WithLiveRows();
+    Live("('advanced_options', 'user_vars', 'BRX_Token', '{\"id\":\"BRX_Token\"}', NULL)");
+    Host().Sql("UPDATE ConfigSchema SET MutableDefaultConfig = 1 WHERE Name = 'user_vars'", DBStore::Type::SchemaStore);
+    const std::string output = Stage("set", R"({"nimb": {"advanced_options": {"user_vars": "DELETE_DEFAULT"},
+        "network": {"dns": {}, "uplinks": []}}})")
+                                   .output;
+    for (const char* row :
+         {"deleted    nimb/advanced_options/user_vars  -           -       DELETE_DEFAULT in the document\n",
+          "preserved  nimb/advanced_options/user_vars  BRX_IP      SET     option of the network",
+          "preserved  nimb/advanced_options/user_vars  BRX_Token   SET     option of the network",
+          "staged 1, preserved 4, deleted 1; "}) {
+        EXPECT_THAT(output, HasSubstr(row));
+    }
+}
+
 TEST_F(StagingCommandsTest, AnInvalidDocumentStagesNothingAndIsReportedWhole)
 {
     Stage("set", R"({"nimb": {"network": {"vswitch": [{"name": "a"}]}}})");
@@ -186,6 +203,21 @@ TEST_F(StagingCommandsTest, DeleteStagesOneObjectBesideWhatIsStaged)
     EXPECT_THAT(Staged(), Contains("vswitch/NULL NULL NULL DELETE"));
     EXPECT_THAT(Staged(), Contains("dns/NULL NULL NULL DELETE"));
     EXPECT_THAT(Staged(), Contains(R"(vswitch/a {"name":"a"} NULL SET)"));
+}
+
+TEST_F(StagingCommandsTest, DeleteTellsWhatOfAnEarlierStagingAppliesNoLonger)
+{
+    Stage("set", "{}");
+    EXPECT_EQ(Run({"desired", "delete", "nimb/network/dns"}).output,
+              "WHAT     OBJECT            IDENTIFIER  ACTION  WHY\n"
+              "dropped  nimb/network/dns  -           -       default staged earlier: no longer applies\n"
+              "staged   nimb/network/dns  -           DELETE  every row of the object goes\n"
+              "\n"
+              "staged 1, dropped 1; the next boot applies 4 (hostapi), no longer 1 (desired)\n");
+    Stage("smartnic", "{}");
+    EXPECT_THAT(
+        Run({"desired", "delete", "nimb/network/uplinks"}).output,
+        HasSubstr("kept    nimb/network/uplinks  -           SET_DEFAULT  staged earlier: outlives the delete\n"));
 }
 
 TEST_F(StagingCommandsTest, DeleteOfAnUnknownObjectFails)
