@@ -1,121 +1,19 @@
 #include <gmock/gmock.h>
 
-#include <poll.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <termios.h>
-#include <unistd.h>
 #include <cstdlib>
 #include <string>
-#include <utility>
 
-#include "DaemonTest.h"
+#include "ProgramTest.h"
 
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 namespace
 {
-const std::string PROGRAM = std::string(BINARY_DIR) + "/apps/zelsh";
-
 std::string Uuid()
 {
     return "/system/bootFsUUID: 5f0d6f4e-7a64-4c0e-9d6e-0c3a5b1f2a11\n";
 }
-
-struct Ran
-{
-    int status;
-    std::string output;
-    std::string errors;
-};
-
-Ran RunProgram(TestHost& host, const std::string& arguments, const std::string& input)
-{
-    host.WriteFile("/input", input);
-    const std::string command = "\"" + PROGRAM + "\" " + arguments + " <'" + host.Real("/input") + "' >'" +
-                                host.Real("/output") + "' 2>'" + host.Real("/errors") + "'";
-    const int status = std::system(command.c_str());
-    return {WEXITSTATUS(status), host.ReadFile("/output"), host.ReadFile("/errors")};
-}
-
-/// The program at a terminal, as a person sits at it.
-class Terminal
-{
-public:
-    explicit Terminal(const std::string& root)
-    {
-        program_ = forkpty(&side_, nullptr, nullptr, nullptr);
-        if (program_ == 0) {
-            setenv("TERM", "vt100", 1);
-            setenv("HOME", "/nonexistent", 1);
-            execl(PROGRAM.c_str(), "zelsh", "--root", root.c_str(), nullptr);
-            _exit(99);
-        }
-        Read("zelsh:/> ");
-    }
-    ~Terminal()
-    {
-        close(side_);  // hangs up
-        if (program_ > 0) {
-            EXPECT_EQ(waitpid(program_, nullptr, 0), program_);
-        }
-    }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-
-    /// Types, and reads until @p awaited is seen.
-    std::string Type(const std::string& keys, const std::string& awaited)
-    {
-        EXPECT_EQ(write(side_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
-        return Read(awaited);
-    }
-
-    /// Reads the next prompt and lets the program take the terminal over: until then Ctrl-D is the terminal's own.
-    void AwaitPrompt()
-    {
-        Read("zelsh:/> ");
-        termios mode = {};
-        int tries = 60000;
-        while (--tries > 0 && tcgetattr(side_, &mode) == 0 && (mode.c_lflag & ICANON) != 0) {
-            (void)poll(nullptr, 0, 1);
-        }
-        EXPECT_GT(tries, 0);
-    }
-
-    int Wait()
-    {
-        int status = -1;
-        Read("");
-        EXPECT_EQ(waitpid(program_, &status, 0), program_);
-        program_ = -1;
-        return WEXITSTATUS(status);
-    }
-
-private:
-    /// Takes what the program wrote up to the end of @p awaited; all of it when that is empty.
-    std::string Read(const std::string& awaited)
-    {
-        pollfd readable = {side_, POLLIN, 0};
-        char bytes[4096];
-        while (awaited.empty() || unread_.find(awaited) == std::string::npos) {
-            ssize_t length = 0;
-            if (poll(&readable, 1, 60000) != 1 || (length = read(side_, bytes, sizeof bytes)) <= 0) {
-                EXPECT_EQ(awaited, "") << "after: " << unread_;
-                return std::exchange(unread_, {});
-            }
-            unread_.append(bytes, static_cast<std::size_t>(length));
-        }
-        const std::size_t end = unread_.find(awaited) + awaited.size();
-        const std::string seen = unread_.substr(0, end);
-        unread_.erase(0, end);
-        return seen;
-    }
-
-    std::string unread_;
-    int side_ = -1;
-    pid_t program_ = -1;
-};
 }  // namespace
 
 class ZelshProgram : public HostTest
@@ -125,7 +23,17 @@ protected:
 
     Ran Run(const std::string& arguments, const std::string& input = "")
     {
-        return RunProgram(Host(), "--root '" + Host().Root() + "' " + arguments, input);
+        return RunZelsh(Host(), "--root '" + Host().Root() + "' " + arguments, input);
+    }
+
+    /// What it reports when its output goes to @p place.
+    Ran RunInto(const std::string& place, const std::string& line)
+    {
+        const std::string status = Host().Real("/status");
+        const std::string command = "{ '" + BuiltZelsh() + "' --root '" + Host().Root() + "' -c '" + line + "' 2>'" +
+                                    Host().Real("/errors") + "'; echo $? >'" + status + "'; } " + place;
+        EXPECT_NE(std::system(command.c_str()), -1);
+        return {std::stoi(Host().ReadFile("/status")), "", Host().ReadFile("/errors")};
     }
 };
 
@@ -156,14 +64,32 @@ TEST_F(ZelshProgram, TheFormatIsChosen)
 
 TEST_F(ZelshProgram, AWrongCallExitsWithTwoAndPrintsNothing)
 {
-    for (const char* call :
-         {"--format xml", "--nothing", "-c pwd -f x", "--listen 127.0.0.1", "--binary", "--daemon --connect localhost",
-          "--connect localhost:0", "--connect :1", "--daemon --listen localhost", "--root /nonexistent", "word"}) {
+    for (const char* call : {"--format xml", "--nothing", "-c pwd -f x", "--listen 127.0.0.1", "--binary",
+                             "--daemon --connect localhost", "--daemon --listen localhost", "--daemon --listen ''",
+                             "--daemon --listen :1", "--root /nonexistent", "--root ''", "--format ''", "word"}) {
         const Ran ran = Run(call);
         EXPECT_EQ(ran.status, 2) << call;
         EXPECT_EQ(ran.output, "") << call;
         EXPECT_THAT(ran.errors, StartsWith("zelsh: ")) << call;
     }
+}
+
+TEST_F(ZelshProgram, ADaemonsAddressThatIsNoneIsAWrongCall)
+{
+    for (const char* address : {"''", ":1", "localhost:0", "localhost:", "localhost:65536"}) {
+        const Ran ran = RunZelsh(Host(), std::string("--connect ") + address + " -c pwd");
+        EXPECT_EQ(ran.status, 2) << address;
+        EXPECT_EQ(ran.output, "") << address;
+        EXPECT_THAT(ran.errors, StartsWith("zelsh: --connect: ")) << address;
+    }
+}
+
+TEST_F(ZelshProgram, AnEmptyLineIsALineAndAnEmptyNameAName)
+{
+    const Ran line = Run("-c ''", "PWD\n");
+    EXPECT_EQ(line.status, 0);
+    EXPECT_EQ(line.errors, "");
+    EXPECT_EQ(Run("-f ''", "pwd\n").status, 1);
 }
 
 TEST_F(ZelshProgram, WhatCannotBeReadOrReachedExitsWithOne)
@@ -172,13 +98,42 @@ TEST_F(ZelshProgram, WhatCannotBeReadOrReachedExitsWithOne)
     EXPECT_EQ(file.status, 1);
     EXPECT_THAT(file.errors, HasSubstr("/none: No such file or directory\n"));
     EXPECT_EQ(Run("-f /").status, 1);
-    EXPECT_EQ(RunProgram(Host(), "--connect 127.0.0.1:1 -c pwd", "").status, 1);
-    EXPECT_EQ(WEXITSTATUS(std::system(("\"" + PROGRAM + "\" -c help >/dev/full 2>/dev/null").c_str())), 1);
+    EXPECT_EQ(RunZelsh(Host(), "--connect 127.0.0.1:1 -c pwd", "").status, 1);
+}
+
+TEST_F(ZelshProgram, AFullDiskIsReported)
+{
+    const Ran little = RunInto(">/dev/full", "help");
+    EXPECT_EQ(little.status, 1);
+    EXPECT_EQ(little.errors, "zelsh: standard output: No space left on device\n");
+    Host().WithKernel({.bootCmdLine = std::string(1 << 20, 'w')});
+    const Ran much = RunInto(">/dev/full", "get /system/bootCmdLine");
+    EXPECT_EQ(much.status, 1);
+    EXPECT_EQ(much.errors, "zelsh: standard output: cannot be written\n");
+}
+
+TEST_F(ZelshProgram, AReaderThatHasGoneIsNot)
+{
+    Host().WithKernel({.bootCmdLine = std::string(1 << 20, 'w')});  // more than a pipe holds
+    const Ran ran = RunInto("| true", "get /system/bootCmdLine");
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_EQ(ran.errors, "");
+}
+
+TEST_F(ZelshProgram, WhoeverDrivesItByPipesReadsEachReplyBeforeTheNextLine)
+{
+    Coprocess zelsh({"--root", Host().Root()});
+    zelsh.Write("cd /system\npwd\n");
+    EXPECT_EQ(zelsh.ReadLine(), "/system\n");
+    zelsh.Write("get bootFsUUID\n");
+    EXPECT_EQ(zelsh.ReadLine(), Uuid());
+    zelsh.EndInput();
+    EXPECT_EQ(zelsh.Wait(), 0);
 }
 
 TEST_F(ZelshProgram, ATerminalCompletesCommandsAndPaths)
 {
-    Terminal terminal(Host().Root());
+    Terminal terminal({"--root", Host().Root()}, "zelsh:/> ");
     terminal.Type("typeg\t/sys\tbootF\t\n", "UUID of the boot file system");
     terminal.Type("cd /system/q\t\n", "zelsh:/system/quenfs> ");
     terminal.Type("ls \t\t", "inodes/  ramdisks/");
@@ -189,7 +144,7 @@ TEST_F(ZelshProgram, ATerminalCompletesCommandsAndPaths)
 
 TEST_F(ZelshProgram, ATerminalHasHistoryAndEditing)
 {
-    Terminal terminal(Host().Root());
+    Terminal terminal({"--root", Host().Root()}, "zelsh:/> ");
     terminal.Type("get /system/bootFsUUID\n", "0c3a5b1f2a11");
     terminal.AwaitPrompt();
     terminal.Type("pwd\n", "zelsh:/> ");
@@ -205,62 +160,28 @@ TEST_F(ZelshProgram, ATerminalHasHistoryAndEditing)
     EXPECT_EQ(terminal.Wait(), 1);
 }
 
-class ZelshClient : public DaemonTest
+TEST_F(ZelshProgram, CandidatesOfQuotedNamesAreShownWhole)
 {
-protected:
-    ZelshClient() { Host().WithKernel({}); }
-
-    Ran Run(const std::string& arguments, const std::string& input = "")
-    {
-        return RunProgram(Host(), "--connect 127.0.0.1:" + std::to_string(Port()) + " " + arguments, input);
-    }
-};
-
-TEST_F(ZelshClient, TextModePrintsRepliesAndTellsHowTheLastOneEnded)
-{
-    const Ran read = Run("-c 'get /system/bootFsUUID'");
-    EXPECT_EQ(read.output, Uuid());
-    EXPECT_EQ(read.status, 0);
-    EXPECT_EQ(Run("-c 'get /none'").status, 2);
-    EXPECT_EQ(Run("-c NONE").status, 1);
-    EXPECT_EQ(Run("", "# comment\n\ncd /system\npwd\nexit\nNONE\n").output, "/system\n");
+    Host().WriteFile("/etc/talvor/platform/kernel.json", R"({"capturedKernel": true})");
+    Host().WriteFile("/proc/self/mountinfo",
+                     "20 1 8:1 / /boot/efi rw - vfat /dev/sda1 rw\n"
+                     "21 1 8:2 / /boot/efi\\040old rw - vfat /dev/sda2 rw\n");
+    Terminal terminal({"--root", Host().Root()}, "zelsh:/> ");
+    terminal.Type("ls /storage/mounts/\t\t", "\"/boot/efi\"/  \"/boot/efi old\"/  ");
 }
 
-TEST_F(ZelshClient, BinaryModePrintsTheDataAndReportsErrors)
+TEST_F(ZelshProgram, CtrlCDropsTheLineAndTheShellGoesOn)
 {
-    const Ran read = Run("--binary", "cd /system\nget bootFsUUID\npwd\n");
-    EXPECT_EQ(read.output, Uuid() + "/system\n");
-    EXPECT_EQ(read.status, 0);
-    const Ran failed = Run("--binary -c 'get /none'");
-    EXPECT_EQ(failed.status, 2);
-    EXPECT_EQ(failed.errors, "zelsh: the daemon reports an error; in text mode it says which\n");
-}
-
-TEST_F(ZelshClient, TheModeThatAnotherClientLeftBehindDoesNotMatter)
-{
-    Run("--binary -c pwd");
-    {
-        const TestClient client(Port());
-        EXPECT_EQ(client.Ask("pwd"), "/\n<EOM>");  // left as it was found
-        client.Send("bin");
-        client.EndRequests();
-        EXPECT_EQ(client.ReceiveToEnd(), "");
-    }
-    EXPECT_EQ(Run("--binary -c pwd").output, "/\n");
-    EXPECT_EQ(Run("-c pwd").output, "/\n");
-}
-
-TEST_F(ZelshClient, ALongReplyArrivesWhole)
-{
-    Host().WithKernel({.bootCmdLine = std::string(300000, 'w')});
-    const std::string line = "/system/bootCmdLine: " + std::string(300000, 'w') + "\n";
-    EXPECT_EQ(Run("-c 'get /system/bootCmdLine'").output, line);
-    EXPECT_EQ(Run("--binary -c 'get /system/bootCmdLine'").output, line);
-}
-
-TEST_F(ZelshClient, ARequestThatTheDaemonWouldCutIsRefused)
-{
-    const Ran ran = Run("", std::string(4096, 'x') + "\n");
-    EXPECT_EQ(ran.status, 1);
-    EXPECT_EQ(ran.errors, "zelsh: 127.0.0.1: a request has at most 4095 bytes\n");
+    Terminal terminal({"--root", Host().Root()}, "zelsh:/> ");
+    terminal.Type("CD", "CD");
+    terminal.Type("\x03", "\r\n");
+    terminal.AwaitPrompt();
+    terminal.Type("\x03", "\r\n");  // nothing to drop is no end of the input
+    terminal.AwaitPrompt();
+    EXPECT_EQ(terminal.Type("pwd\n", "/\r\n"), "pwd\r\n/\r\n");
+    terminal.AwaitPrompt();
+    terminal.Type("\x1b[A\x1b[A\n", "/\r\n");  // what was dropped is not in the history
+    terminal.AwaitPrompt();
+    terminal.Type("exit\n", "");
+    EXPECT_EQ(terminal.Wait(), 0);
 }

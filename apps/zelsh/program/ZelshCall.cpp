@@ -51,8 +51,8 @@ public:
 private:
     CLI::App app_;
     ProgramCall call_;
-    std::string listen_;
-    std::string connect_;
+    std::optional<std::string> listen_;
+    std::optional<std::string> connect_;
 };
 
 CallParser::CallParser()
@@ -88,11 +88,11 @@ ProgramCall CallParser::Parse(int count, const char* const* arguments)
     } catch (const CLI::ParseError& error) {
         throw WrongCall(error.what());
     }
-    if (!listen_.empty()) {
-        call_.listen = ParseListenAddress(listen_);
+    if (listen_) {
+        call_.listen = ParseListenAddress(*listen_);
     }
-    if (!connect_.empty()) {
-        call_.connect = ParseEndpoint("--connect", connect_);
+    if (connect_) {
+        call_.connect = ParseEndpoint("--connect", *connect_);
     }
     return call_;
 }

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "ZelshText.h"
+
 namespace Zelsh
 {
 namespace
@@ -34,6 +36,14 @@ std::string CommonBeginning(const std::vector<std::string>& texts)
     return common;
 }
 
+/// Where the last component of a path begins; a slash behind it belongs to it.
+std::size_t LastComponent(const std::string& path)
+{
+    const std::vector<Component> components = SplitPath(path);
+    const bool isBranch = components.size() > 1 && path.ends_with('/');
+    return components[components.size() - (isBranch ? 2 : 1)].begin;
+}
+
 int Characters(const std::string& text)
 {
     return static_cast<int>(std::count_if(text.begin(), text.end(),
@@ -60,7 +70,13 @@ LineEditor::LineEditor(PromptSource prompt, Completer completer)
             static_cast<unsigned char (*)(EditLine*, wint_t)>(&LineEditor::Complete));
     el_set(editor_.get(), EL_BIND, "^I", "zelsh-complete", nullptr);
     el_set(editor_.get(), EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    el_wset(editor_.get(), EL_ADDFN, L"zelsh-drop-line", L"drop the line",
+            static_cast<unsigned char (*)(EditLine*, wint_t)>(&LineEditor::Drop));
     el_source(editor_.get(), nullptr);  // the user's own bindings, when there are any
+    // A key like any other while a line is edited, in whatever editor: as a signal it would end the shell.
+    el_set(editor_.get(), EL_SETTY, "-d", "-intr", nullptr);
+    el_set(editor_.get(), EL_BIND, "^C", "zelsh-drop-line", nullptr);
+    el_set(editor_.get(), EL_BIND, "-a", "^C", "zelsh-drop-line", nullptr);
 }
 
 LineEditor& LineEditor::Of(EditLine* editor)
@@ -78,7 +94,11 @@ char* LineEditor::Prompt(EditLine* editor)
 std::optional<std::string> LineEditor::Read()
 {
     int length = 0;
-    const char* line = el_gets(editor_.get(), &length);
+    const char* line = nullptr;
+    do {
+        dropped_ = false;
+        line = el_gets(editor_.get(), &length);
+    } while (dropped_);
     if (line == nullptr || length <= 0) {
         return std::nullopt;
     }
@@ -89,6 +109,13 @@ std::optional<std::string> LineEditor::Read()
         history(history_.get(), &event, H_ENTER, text.c_str());
     }
     return text;
+}
+
+unsigned char LineEditor::Drop(EditLine* editor, wint_t)
+{
+    Of(editor).dropped_ = true;
+    std::fputc('\n', stdout);
+    return CC_NEWLINE;
 }
 
 unsigned char LineEditor::Complete(EditLine* editor, wint_t)
@@ -128,8 +155,7 @@ void LineEditor::Show(const std::vector<std::string>& candidates)
 {
     std::fputc('\n', stdout);
     for (const std::string& candidate : candidates) {
-        const std::size_t slash = candidate.find_last_of('/', candidate.size() - 2);
-        std::fprintf(stdout, "%s  ", candidate.c_str() + (slash == std::string::npos ? 0 : slash + 1));
+        std::fprintf(stdout, "%s  ", candidate.c_str() + LastComponent(candidate));
     }
     std::fputc('\n', stdout);
     std::fflush(stdout);

@@ -9,16 +9,26 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "ZelshStandardOutput.h"
+
 namespace Zelsh
 {
 namespace
 {
+/// Whoever gives the lines may wait for what one printed before giving the next.
+int RunAndWriteOut(LineRunner& runner, const std::string& line)
+{
+    const int status = runner.Run(line);
+    WriteOut();
+    return status;
+}
+
 int RunStream(std::istream& stream, const std::string& name, LineRunner& runner)
 {
     int status = 0;
     std::string line;
     while (!runner.IsOver() && std::getline(stream, line)) {
-        status = runner.Run(line);
+        status = RunAndWriteOut(runner, line);
     }
     if (stream.bad()) {
         throw std::runtime_error(name + ": cannot be read");
@@ -50,8 +60,7 @@ int RunTerminal(LineRunner& runner)
             std::fputc('\n', stdout);
             break;
         }
-        status = runner.Run(*line);
-        std::fflush(stdout);
+        status = RunAndWriteOut(runner, *line);
     }
     return status;
 }

@@ -15,6 +15,7 @@
 #include "ZelshCall.h"
 #include "ZelshClient.h"
 #include "ZelshLocal.h"
+#include "ZelshStandardOutput.h"
 #include "ZelshText.h"
 
 namespace
@@ -42,6 +43,9 @@ const ZELSHOutput* OutputNamed(const std::string& format)
 void CheckAddress()
 {
     const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (probe < 0) {
+        throw std::runtime_error(std::string("socket: ") + std::strerror(errno));
+    }
     const int on = 1;
     sockaddr_in address = {};
     address.sin_family = AF_INET;
@@ -101,17 +105,10 @@ int Fail(const char* why, int status)
     return status;
 }
 
-/// A reader that has gone away has seen enough: the command failed, but nobody needs to be told.
 int Finish(int status)
 {
-    errno = 0;
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
-        return status;
-    }
-    const int reason = errno;
-    return reason == 0 || reason == EPIPE
-               ? EXIT_FAILED
-               : Fail((std::string("standard output: ") + std::strerror(reason)).c_str(), EXIT_FAILED);
+    Zelsh::WriteOut();
+    return status;
 }
 }  // namespace
 
@@ -123,6 +120,8 @@ int main(int count, char** arguments)
         return Finish(Run(Zelsh::UnderstandCall(count, arguments)));
     } catch (const Zelsh::WrongCall& wrong) {
         return Fail((std::string(wrong.what()) + " (see zelsh --help)").c_str(), EXIT_WRONG_CALL);
+    } catch (const Zelsh::ReaderGone&) {
+        return EXIT_FAILED;  // it has seen enough: nobody needs to be told
     } catch (const std::exception& failure) {
         return Fail(failure.what(), EXIT_FAILED);
     }
