@@ -14,6 +14,7 @@
 #include "ZelshPrint.h"
 #include "ZelshSend.h"
 #include "ZelshServe.h"
+#include "ZelshSocket.h"
 
 constinit int shellTerminate = 0;
 constinit const char* zelshListenAddress = "0.0.0.0";
@@ -24,7 +25,6 @@ namespace Zelsh
 namespace
 {
 constexpr const char* DAEMON = "ZELSHDaemon";
-constexpr int LARGEST_REQUEST = 4096;
 
 volatile std::sig_atomic_t stopping = 0;
 volatile std::sig_atomic_t listener = -1;
@@ -82,23 +82,13 @@ void Detach()
     LeaveStandardStreams();
 }
 
-void Set(int socket, int level, int option, const void* value, socklen_t size)
-{
-    (void)setsockopt(socket, level, option, value, size);  // a connection without it still works
-}
-
-void Set(int socket, int level, int option, int value)
-{
-    Set(socket, level, option, &value, sizeof value);
-}
-
 void Listen()
 {
     listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (listener < 0) {
         Fail("socket");
     }
-    Set(listener, SOL_SOCKET, SO_REUSEADDR, 1);  // a restart does not wait for the last client's port
+    SetOption(listener, SOL_SOCKET, SO_REUSEADDR, 1);  // a restart does not wait for the last client's port
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_port = htons(zelshListenPort);
@@ -114,18 +104,12 @@ void Listen()
     }
 }
 
-/// A client that does not read for half a minute, or whose host is gone, must not keep the next one out; and no reply
-/// waits for the acknowledgement of its first half.
-void SetUpConnection(int client)
+/// A client that does not read for half a minute, or whose host is gone, must not keep the next one out.
+void LimitPatience(int client)
 {
     constexpr timeval PATIENCE = {30, 0};
-    Set(client, SOL_SOCKET, SO_SNDTIMEO, &PATIENCE, sizeof PATIENCE);
-    Set(client, IPPROTO_TCP, TCP_USER_TIMEOUT, 30000);
-    Set(client, SOL_SOCKET, SO_KEEPALIVE, 1);
-    Set(client, IPPROTO_TCP, TCP_KEEPIDLE, 30);
-    Set(client, IPPROTO_TCP, TCP_KEEPINTVL, 10);
-    Set(client, IPPROTO_TCP, TCP_KEEPCNT, 3);
-    Set(client, IPPROTO_TCP, TCP_NODELAY, 1);
+    (void)setsockopt(client, SOL_SOCKET, SO_SNDTIMEO, &PATIENCE, sizeof PATIENCE);  // a connection without it works
+    SetOption(client, IPPROTO_TCP, TCP_USER_TIMEOUT, 30000);
 }
 
 /// Failures of one connection, or of a moment.
@@ -231,6 +215,7 @@ void ServeClient(int client)
     shellTerminate = 0;  // what ended the last connection does not end this one
     SetClient(client);
     SetUpConnection(client);
+    LimitPatience(client);
     while (shellTerminate == 0 && stopping == 0 && Receive(request)) {
         Answer(request);
     }

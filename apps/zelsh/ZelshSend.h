@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sys/types.h>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -18,6 +19,9 @@ struct BinaryHeader
     std::int64_t microseconds;
 };
 static_assert(sizeof(BinaryHeader) == 24);
+
+/// What one receive takes at most: a longer request would be cut.
+constexpr std::size_t LARGEST_REQUEST = 4096;
 
 /// From now on output goes to @p client; -1: to nobody.
 void SetClient(int client);

@@ -8,6 +8,7 @@
 
 #include "ZELSH.h"
 #include "ZelshConnection.h"
+#include "ZelshLocal.h"
 #include "ZelshSend.h"
 #include "ZelshText.h"
 
@@ -15,15 +16,31 @@ namespace Zelsh
 {
 namespace
 {
+constexpr std::string_view BLANKS = " \t\n\v\f\r";
+
 bool IsIgnored(const std::string& line)
 {
-    return line.find_first_not_of(" \t\r") == std::string::npos || line[0] == '#';
+    return line.find_first_not_of(BLANKS) == std::string::npos || line[0] == '#';
 }
 
 bool IsQuit(const std::string& line)
 {
-    const std::string word = line.substr(0, line.find_last_not_of(" \t\r") + 1);
+    const std::size_t begin = line.find_first_not_of(BLANKS);
+    const std::string word = line.substr(begin, line.find_first_of(BLANKS, begin) - begin);
     return word == "exit" || word == "quit" || word == "q";
+}
+
+bool IsSignatureCheck(const std::string& line)
+{
+    return line.starts_with("md5chk ");
+}
+
+/// The commands are every daemon's; its tree is not here to be asked.
+std::vector<std::string> CommandCandidates(const std::string& line)
+{
+    const std::size_t begin = line.find_first_not_of(BLANKS);
+    const bool isFirstWord = begin == std::string::npos || line.find_first_of(BLANKS, begin) == std::string::npos;
+    return isFirstWord ? Candidates(line) : std::vector<std::string>();
 }
 
 /// Prints what a daemon sent: to a terminal without control characters, whatever the daemon is.
@@ -61,14 +78,11 @@ public:
     {
         return [] { return "zelsh> "; };
     }
-    /// The daemon's tree is not here to be asked.
-    Completer LineCompleter() const override
-    {
-        return [](const std::string&) { return std::vector<std::string>(); };
-    }
+    Completer LineCompleter() const override { return CommandCandidates; }
 
-    int Run(const std::string& line) override
+    int Run(const std::string& text) override
     {
+        const std::string line = text.substr(0, text.find('\0'));  // a NUL byte ends a line here as it does there
         if (IsIgnored(line)) {
             return 0;
         }
@@ -95,6 +109,7 @@ class StatusReader
 public:
     void Read(std::string_view bytes)
     {
+        hasRead_ |= !bytes.empty();
         for (const char byte : bytes) {
             if (ended_) {
                 line_.clear();
@@ -106,11 +121,14 @@ public:
         }
     }
 
+    bool HasRead() const { return hasRead_; }
+
     int Status() const { return line_ == "Command not found." ? 1 : line_.starts_with("Error in command ") ? 2 : 0; }
 
 private:
     std::string line_;
     bool ended_ = false;
+    bool hasRead_ = false;
 };
 
 /// One connection for all lines.
@@ -138,7 +156,7 @@ protected:
         if (!complete && !IsQuitting()) {
             throw std::runtime_error(Daemon().host + ": the daemon closed the connection");
         }
-        return status.Status();
+        return IsSignatureCheck(line) && status.HasRead() ? 2 : status.Status();  // a match is not answered
     }
 
 private:
@@ -179,9 +197,12 @@ void BinaryClient::EnterBinaryMode()
 /// Leaves the daemon as it was found.
 void BinaryClient::LeaveBinaryMode() noexcept
 {
+    if (!entered_) {
+        return;
+    }
     try {
         Connection connection(Daemon());
-        if (entered_ && connection.IsBinary()) {
+        if (connection.IsBinary()) {
             connection.Send("bin");
             (void)connection.ReceiveText([](std::string_view) {});
         }
@@ -205,7 +226,7 @@ int BinaryClient::RunRequest(const std::string& line)
         BinaryHeader header = {};
         std::memcpy(&header, head.data(), sizeof header);
         failed |= header.kind != 0;
-        printer.Print(header.length != 0 ? connection.ReceiveExactly(header.length) : "");
+        printer.Print(connection.ReceiveData(header.length));
     }
     if (failed) {
         std::fflush(stdout);

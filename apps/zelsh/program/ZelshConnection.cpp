@@ -1,8 +1,6 @@
 #include "ZelshConnection.h"
 
 #include <netdb.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -14,13 +12,12 @@
 
 #include "ZELSH.h"
 #include "ZelshSend.h"
+#include "ZelshSocket.h"
 
 namespace Zelsh
 {
 namespace
 {
-constexpr std::size_t LARGEST_REQUEST = 4095;
-
 using Addresses = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
 
 [[noreturn]] void Fail(const Endpoint& daemon, const std::string& why)
@@ -63,8 +60,7 @@ Connection::Connection(const Endpoint& daemon) : daemon_(daemon), socket_(Connec
     if (socket_ < 0) {
         Fail(daemon_, std::strerror(errno));
     }
-    const int on = 1;
-    (void)setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    SetUpConnection(socket_);
 }
 
 Connection::~Connection()
@@ -133,10 +129,24 @@ std::string Connection::ReceiveExactly(std::size_t size)
             return "";
         }
         if (length == 0) {
-            Fail(daemon_, "the daemon closed the connection in the middle of a reply");
+            FailInReply();
         }
         filled += static_cast<std::size_t>(length);
     }
     return bytes;
+}
+
+std::string Connection::ReceiveData(std::size_t size)
+{
+    std::string data = ReceiveExactly(size);
+    if (data.size() != size) {
+        FailInReply();
+    }
+    return data;
+}
+
+void Connection::FailInReply() const
+{
+    Fail(daemon_, "the daemon closed the connection in the middle of a reply");
 }
 }  // namespace Zelsh

@@ -31,6 +31,9 @@ public:
     /// Exactly @p size bytes, or none when the connection was closed before the first.
     std::string ReceiveExactly(std::size_t size);
 
+    /// The data behind a header: all of its @p size bytes.
+    std::string ReceiveData(std::size_t size);
+
     /// Reads a reply of text mode. Hands on what stands before the marker, in pieces. False when the connection was
     /// closed without a marker.
     template <typename Consumer>
@@ -38,6 +41,7 @@ public:
 
 private:
     void WarnWhenBusy();
+    [[noreturn]] void FailInReply() const;
 
     Endpoint daemon_;
     int socket_ = -1;

@@ -9,8 +9,6 @@
 
 namespace Zelsh
 {
-namespace
-{
 std::vector<std::string> Candidates(const std::string& line)
 {
     std::vector<std::string> candidates;
@@ -23,7 +21,6 @@ std::vector<std::string> Candidates(const std::string& line)
         candidates.emplace_back(candidate.get());
     }
 }
-}  // namespace
 
 LocalShell::LocalShell()
 {
