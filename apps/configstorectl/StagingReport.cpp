@@ -3,7 +3,6 @@
 #include "BootModes.h"
 #include "HostUtil.h"
 #include "InspectStatements.h"
-#include "StoreKeys.h"
 #include "StorePaths.h"
 
 namespace ConfigStoreCtl

@@ -51,7 +51,7 @@ constexpr Command COMMANDS[] = {
     {"set", "perform SET operation", Set, Operand::NODE},
     {"typeget", "get type information", DescribeType, Operand::NODE, true},
     {"typels", "list type-level nodes", ListNodes, Operand::NODE, true},
-    {"loglevel", "set debugging log level", SetLogLevel, Operand::OTHER},
+    {"loglevel", "set debugging log level", SetLogLevel, Operand::NONE},
     {"exit", "quit shell", Quit, Operand::NONE},
     {"quit", "quit shell", Quit, Operand::NONE},
     {"q", "quit shell", Quit, Operand::NONE},

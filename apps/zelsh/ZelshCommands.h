@@ -14,13 +14,12 @@ struct Call
     bool typeLevel;  ///< of the command's row
 };
 
-/// What stands behind a command's name.
+/// The path that stands behind a command's name.
 enum class Operand
 {
     NONE,
-    BRANCH,  ///< the path of a branch
-    NODE,    ///< the path of any node
-    OTHER,
+    BRANCH,
+    NODE,  ///< any node
 };
 
 /// One command. Lookup, help and completion are made from this row alone.

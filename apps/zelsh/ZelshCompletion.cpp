@@ -73,8 +73,7 @@ std::vector<std::string> Candidates(const char* line)
         return CommandCandidates(words[0]);
     }
     const Command* command = FindCommand(words[0].c_str());
-    const bool takesPath =
-        command != nullptr && (command->operand == Operand::BRANCH || command->operand == Operand::NODE);
+    const bool takesPath = command != nullptr && command->operand != Operand::NONE;
     return takesPath ? PathCandidates(words.back(), *command) : std::vector<std::string>();
 }
 }  // namespace

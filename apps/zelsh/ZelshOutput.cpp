@@ -224,14 +224,6 @@ const PeopleOutput PEOPLE_OUTPUT;
 const RawOutput RAW_OUTPUT;
 const PythonOutput PYTHON_OUTPUT;
 }  // namespace
-
-const ZELSHOutput* FindOutput(std::string_view name)
-{
-    return name == "default"  ? zelshDefaultOutputPtr
-           : name == "raw"    ? zelshRawOutputPtr
-           : name == "python" ? zelshPythonOutputPtr
-                              : nullptr;
-}
 }  // namespace Zelsh
 
 constinit ZELSHOptions options = {0, 0, 0, 1, &Zelsh::PEOPLE_OUTPUT};

@@ -49,9 +49,3 @@ struct ZELSHOutput
 protected:
     ~ZELSHOutput() = default;
 };
-
-namespace Zelsh
-{
-/// The format named "default", "raw" or "python"; null for another name.
-const ZELSHOutput* FindOutput(std::string_view name);
-}  // namespace Zelsh

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bitset>
 #include <cstddef>
-#include <functional>
 #include <iterator>
 #include <string_view>
 

@@ -1,4 +1,3 @@
-#include "HostUtil.h"
 #include "ZelKernelFolder.h"
 #include "ZelParamList.h"
 #include "ZelProviders.h"

@@ -17,12 +17,12 @@ ORV_ReturnStatus Add(ZEL_ParamList& list, Value value)
 }
 }  // namespace
 
-ZEL_ParamList* ZEL_ParamListCreate(int isInstance, int capacity)
+ZEL_ParamList* ZEL_ParamListCreate(int /* both kinds are alike here */, int capacity)
 {
     if (capacity < 0) {
         return nullptr;
     }
-    return new (std::nothrow) ZEL_ParamList{isInstance != 0, static_cast<std::size_t>(capacity), {}};
+    return new (std::nothrow) ZEL_ParamList{static_cast<std::size_t>(capacity), {}};
 }
 
 ORV_ReturnStatus ZEL_ParamListAddString(ZEL_ParamList* list, const char* text)

@@ -12,7 +12,6 @@ struct ZEL_ParamList
 {
     using Value = std::variant<std::string, std::int64_t>;
 
-    bool isInstance;
     std::size_t capacity;
     std::vector<Value> values;
 

@@ -60,7 +60,6 @@ inline constexpr ZEL_Type ZEL_UINT16 = ZelPlainType("uint16", ZEL_DATA_UINT16, 2
 inline constexpr ZEL_Type ZEL_UINT32 = ZelPlainType("uint32", ZEL_DATA_UINT32, 4);
 inline constexpr ZEL_Type ZEL_UINT64 = ZelPlainType("uint64", ZEL_DATA_UINT64, 8);
 inline constexpr ZEL_Type ZEL_TEXT = ZelPlainType("text", ZEL_DATA_TEXT, 0);
-inline constexpr ZEL_Type ZEL_BYTES = ZelPlainType("bytes", ZEL_DATA_BYTES, 0);
 inline constexpr ZEL_Type ZEL_MAC = ZelPlainType("mac", ZEL_DATA_MAC, 6);
 inline constexpr ZEL_Type ZEL_UUID = ZelPlainType("uuid", ZEL_DATA_UUID, 16);
 inline constexpr ZEL_Type ZEL_IPV4 = ZelPlainType("ipv4", ZEL_DATA_IPV4, 4);

@@ -3,7 +3,6 @@
 #include <unistd.h>
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <string_view>
 
 #include "ZelshText.h"
