@@ -8,7 +8,7 @@ foreach(folder IN LISTS LIBRARY_FOLDERS)
 endforeach()
 
 add_library(configstorectl_objects OBJECT ${LIBRARY_SOURCES})
-target_include_directories(configstorectl_objects PUBLIC ${LIBRARY_FOLDERS})
+target_include_directories(configstorectl_objects PUBLIC ${LIBRARY_FOLDERS} PRIVATE apps/common)
 target_link_libraries(configstorectl_objects PUBLIC platform nimbhost PRIVATE PkgConfig::LIBXML2)
 
 add_library(configstorectl SHARED $<TARGET_OBJECTS:configstorectl_objects>)

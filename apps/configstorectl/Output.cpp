@@ -9,8 +9,11 @@
 #include "ConfigStoreDocument.h"
 #include "OutputJson.h"
 #include "TerminalText.h"
+#include "Utf8.h"
 
 using NimbConfigStore::JsonDocument;
+using Utf8::DisplayWidth;
+using Utf8::Padded;
 
 namespace ConfigStoreCtl
 {
@@ -90,19 +93,13 @@ std::vector<TextRow> TextRows(const Listing& listing)
     return rows;
 }
 
-constexpr std::size_t GAP = 2;  // columns between two cells
-
-std::string Padded(const std::string& text, std::size_t width)
-{
-    const std::size_t taken = DisplayWidth(text);
-    return taken < width ? text + std::string(width - taken, ' ') : text;
-}
+const std::string GAP = "  ";  // between two cells
 
 std::string TableLine(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths)
 {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        line += i + 1 < cells.size() ? Padded(cells[i], widths[i]) + "  " : cells[i];
+        line += i + 1 < cells.size() ? Padded(cells[i], widths[i]) + GAP : cells[i];
     }
     return line;
 }
@@ -207,11 +204,11 @@ std::vector<std::string> Output::TableLines(const Listing& listing, bool heading
 std::vector<std::string> Output::NestedLines(const std::string& title, const Listing& nested, std::size_t indent,
                                              std::size_t columns) const
 {
-    const bool beside = Widest(PlainTable(nested, true)) + indent + GAP <= columns;
-    LineList lines = TableLines(nested, true, beside ? columns - indent - GAP : columns - GAP);
+    const bool beside = Widest(PlainTable(nested, true)) + indent + GAP.size() <= columns;
+    LineList lines = TableLines(nested, true, columns - GAP.size() - (beside ? indent : 0));
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const std::string name = !beside || i > 0 ? std::string(beside ? indent : 0, ' ') : Bold(Padded(title, indent));
-        lines[i] = lines[i].empty() ? "" : name + "  " + lines[i];
+        lines[i] = lines[i].empty() ? "" : name + GAP + lines[i];
     }
     if (!beside) {
         lines.insert(lines.begin(), Bold(title));
@@ -239,7 +236,7 @@ std::vector<std::string> Output::RecordLines(const Listing& listing, const std::
         }
         for (const std::string& line : RecordField(row[i])) {
             const std::string name = Padded(title, width);
-            lines.push_back((title.empty() ? name : Bold(name)) + "  " + line);
+            lines.push_back((title.empty() ? name : Bold(name)) + GAP + line);
             title.clear();
         }
     }

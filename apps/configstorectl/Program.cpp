@@ -10,6 +10,7 @@
 #include "HostUtil.h"
 #include "Output.h"
 #include "TerminalText.h"
+#include "Utf8.h"
 
 namespace ConfigStoreCtl
 {
@@ -19,7 +20,7 @@ namespace
 std::string Shortened(const std::string& message)
 {
     constexpr std::size_t LONGEST = 500;
-    return DisplayWidth(message) <= LONGEST ? message : CutToWidth(message, LONGEST) + "...";
+    return Utf8::DisplayWidth(message) <= LONGEST ? message : CutToWidth(message, LONGEST) + "...";
 }
 
 int Fail(std::ostream& errors, const std::string& message, int status)

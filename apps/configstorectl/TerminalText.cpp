@@ -3,61 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
+
+#include "Utf8.h"
 
 namespace ConfigStoreCtl
 {
 namespace
 {
-struct CodePoint
-{
-    char32_t value;
-    std::size_t length;  // in bytes; 0 when the text does not begin with a well-formed sequence
-};
-
-std::size_t SequenceLength(unsigned char lead)
-{
-    if (lead < 0x80) {
-        return 1;
-    }
-    if (lead < 0xC2 || lead > 0xF4) {
-        return 0;
-    }
-    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
-bool IsScalar(char32_t value, std::size_t length)
-{
-    const char32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
-    return value >= least[length] && value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
-}
-
-CodePoint FirstCodePoint(std::string_view text)
-{
-    const auto lead = static_cast<unsigned char>(text[0]);
-    const std::size_t length = SequenceLength(lead);
-    if (length < 2) {
-        return {lead, length};
-    }
-    if (text.size() < length) {
-        return {lead, 0};
-    }
-    char32_t value = lead & (0x7FU >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if ((byte & 0xC0U) != 0x80) {
-            return {lead, 0};
-        }
-        value = (value << 6) | (byte & 0x3FU);
-    }
-    return {value, IsScalar(value, length) ? length : 0};
-}
-
-bool IsControl(char32_t value)
-{
-    return value < 0x20 || (value >= 0x7F && value < 0xA0);
-}
-
 std::string ControlEscape(char32_t value)
 {
     switch (value) {
@@ -79,20 +31,15 @@ std::string Rewrite(std::string_view text, Control control, Invalid invalid)
 {
     std::string result;
     while (!text.empty()) {
-        const CodePoint first = FirstCodePoint(text);
+        const Utf8::CodePoint first = Utf8::FirstCodePoint(text);
         if (first.length == 0) {
             result += invalid(static_cast<unsigned char>(text[0]));
         } else {
-            result += IsControl(first.value) ? control(first.value) : std::string(text.substr(0, first.length));
+            result += Utf8::IsControl(first.value) ? control(first.value) : std::string(text.substr(0, first.length));
         }
         text.remove_prefix(first.length == 0 ? 1 : first.length);
     }
     return result;
-}
-
-bool BeginsCodePoint(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80;
 }
 }  // namespace
 
@@ -111,16 +58,11 @@ std::string EscapeJsonControls(std::string_view json)
     return Rewrite(json, control, [](unsigned char) { return std::string("\xEF\xBF\xBD"); });
 }
 
-std::size_t DisplayWidth(std::string_view text)
-{
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), BeginsCodePoint));
-}
-
 std::string CutToWidth(std::string_view text, std::size_t width)
 {
     std::size_t taken = 0;
     const auto* const end =
-        std::find_if(text.begin(), text.end(), [&](char c) { return BeginsCodePoint(c) && ++taken > width; });
+        std::find_if(text.begin(), text.end(), [&](char c) { return !Utf8::IsContinuation(c) && ++taken > width; });
     return {text.begin(), end};
 }
 }  // namespace ConfigStoreCtl

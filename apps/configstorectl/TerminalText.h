@@ -14,9 +14,6 @@ std::string EscapeControls(std::string_view text);
 /// are not UTF-8 become U+FFFD.
 std::string EscapeJsonControls(std::string_view json);
 
-/// How many columns @p text takes: its code points.
-std::size_t DisplayWidth(std::string_view text);
-
 /// The beginning of @p text that takes no more than @p width columns.
 std::string CutToWidth(std::string_view text, std::size_t width);
 }  // namespace ConfigStoreCtl

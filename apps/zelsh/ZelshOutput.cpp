@@ -2,9 +2,13 @@
 
 #include <algorithm>
 
+#include "Utf8.h"
 #include "ZelshPrint.h"
 #include "ZelshText.h"
 #include "ZelshValue.h"
+
+using Utf8::DisplayWidth;
+using Utf8::Padded;
 
 namespace Zelsh
 {
@@ -15,17 +19,6 @@ struct Line
     std::string name;
     std::string text;
 };
-
-std::size_t Columns(std::string_view text)
-{
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80; }));
-}
-
-std::string Padded(const std::string& text, std::size_t width)
-{
-    return text + std::string(width - std::min(width, Columns(text)), ' ');
-}
 
 std::string ScalarText(const Value& value, std::string (*escape)(std::string_view))
 {
@@ -87,9 +80,9 @@ void PeopleOutput::PrintTable(const Table& table) const
 {
     std::vector<std::size_t> widths(table.columns.size() + 1, 0);
     for (const Table::Row& row : table.rows) {
-        widths[0] = std::max(widths[0], Columns(row.name + row.mark));
+        widths[0] = std::max(widths[0], DisplayWidth(row.name + row.mark));
         for (std::size_t i = 0; i < row.cells.size(); ++i) {
-            widths[i + 1] = std::max(widths[i + 1], Columns(row.cells[i]));
+            widths[i + 1] = std::max(widths[i + 1], DisplayWidth(row.cells[i]));
         }
     }
     for (const Table::Row& row : table.rows) {
@@ -111,7 +104,7 @@ void PeopleOutput::PrintValue(const std::string& name, const Value& value) const
     AddLines("", value, lines);
     std::size_t width = 0;
     for (const Line& line : lines) {
-        width = std::max(width, Columns(line.name));
+        width = std::max(width, DisplayWidth(line.name));
     }
     Print(name + ":\n");
     for (const Line& line : lines) {

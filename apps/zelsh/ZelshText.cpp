@@ -4,48 +4,12 @@
 #include <charconv>
 #include <cstdio>
 
+#include "Utf8.h"
+
 namespace Zelsh
 {
 namespace
 {
-struct CodePoint
-{
-    unsigned value;
-    std::size_t length;  // in bytes; 0 when the text does not begin with a well-formed sequence
-};
-
-bool IsContinuation(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
-}
-
-CodePoint FirstCodePoint(std::string_view text)
-{
-    const unsigned lead = static_cast<unsigned char>(text[0]);
-    if (lead < 0x80) {
-        return {lead, 1};
-    }
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
-        return {lead, 0};
-    }
-    unsigned value = lead & (0x7FU >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        if (!IsContinuation(text[i])) {
-            return {lead, 0};
-        }
-        value = (value << 6) | (static_cast<unsigned char>(text[i]) & 0x3FU);
-    }
-    constexpr unsigned LEAST[] = {0, 0, 0x80, 0x800, 0x10000};
-    const bool isScalar = value >= LEAST[length] && value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
-    return {value, isScalar ? length : 0};
-}
-
-bool IsControl(unsigned value)
-{
-    return value < 0x20 || (value >= 0x7F && value < 0xA0);
-}
-
 std::string HexEscape(char byte)
 {
     char escape[5];
@@ -63,10 +27,10 @@ struct Escaped
 /// byte by byte as escapes; so are the characters of @p special, a backslash among them as two.
 Escaped EscapeFirst(std::string_view text, std::string_view special, std::string_view allowed)
 {
-    const CodePoint first = FirstCodePoint(text);
+    const Utf8::CodePoint first = Utf8::FirstCodePoint(text);
     const std::size_t length = first.length == 0 ? 1 : first.length;
     const bool isAllowed = allowed.find(text[0]) != std::string_view::npos;
-    if (first.length != 0 && (isAllowed || (!IsControl(first.value) && !text.starts_with("<EOM>"))) &&
+    if (first.length != 0 && (isAllowed || (!Utf8::IsControl(first.value) && !text.starts_with("<EOM>"))) &&
         special.find(text[0]) == std::string_view::npos) {
         return {std::string(text.substr(0, length)), length};
     }
@@ -105,11 +69,11 @@ std::string Escape(std::string_view text, std::string_view special, std::string_
 bool IsUtf8(std::string_view text)
 {
     while (!text.empty()) {
-        const CodePoint first = FirstCodePoint(text);
-        if (first.length == 0) {
+        const std::size_t length = Utf8::FirstCodePoint(text).length;
+        if (length == 0) {
             return false;
         }
-        text.remove_prefix(first.length);
+        text.remove_prefix(length);
     }
     return true;
 }
@@ -210,10 +174,10 @@ std::string PythonText(std::string_view text)
         if (text.empty()) {
             break;
         }
-        const CodePoint first = FirstCodePoint(text);
+        const Utf8::CodePoint first = Utf8::FirstCodePoint(text);
         const Escaped escaped = EscapeFirst(text, "\\'", "");
         // Two bytes in UTF-8, but one number in an escape of Python's.
-        const bool isWide = first.length == 2 && IsControl(first.value);
+        const bool isWide = first.length == 2 && Utf8::IsControl(first.value);
         literal += isWide ? HexEscape(static_cast<char>(first.value)) : escaped.text;
         text.remove_prefix(escaped.length);
     }

@@ -6,7 +6,7 @@
 #include "CommandTable.h"
 #include "CommandTest.h"
 #include "RealProgram.h"
-#include "TerminalText.h"
+#include "Utf8.h"
 
 using namespace std::chrono_literals;
 using ConfigStoreCtl::Progress;
@@ -59,7 +59,7 @@ TEST_F(ProgressTest, KeepsToOneLineWhateverIsLogged)
     CSLogger::Log(CSLogger::INFO, "%s", (std::string(100, 'x') + "\x1b[2J\n").c_str());
     const std::string shown = ReadUntil("xxx");
     const std::string line = shown.substr(shown.rfind(ERASED) + 4);
-    EXPECT_EQ(ConfigStoreCtl::DisplayWidth(line), 39U) << shown;
+    EXPECT_EQ(Utf8::DisplayWidth(line), 39U) << shown;
     EXPECT_THAT(line, Not(HasSubstr("\n")));
 }
 

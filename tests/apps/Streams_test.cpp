@@ -3,7 +3,7 @@
 
 #include "CommandTest.h"
 #include "RealProgram.h"
-#include "TerminalText.h"
+#include "Utf8.h"
 
 using ::testing::Each;
 using ::testing::HasSubstr;
@@ -34,7 +34,7 @@ protected:
         std::istringstream stream(text);
         std::vector<std::size_t> widths;
         for (std::string line; std::getline(stream, line);) {
-            widths.push_back(ConfigStoreCtl::DisplayWidth(line));
+            widths.push_back(Utf8::DisplayWidth(line));
         }
         return widths;
     }

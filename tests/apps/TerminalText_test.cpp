@@ -32,9 +32,3 @@ TEST(TerminalText, MakesJsonSafeWithoutChangingWhatItSays)
     EXPECT_EQ(EscapeJsonControls("{\n  \"a\": \"\x7f\xC2\x9Bü\xFF\"\n}"),
               "{\n  \"a\": \"\\u007f\\u009bü\xEF\xBF\xBD\"\n}");
 }
-
-TEST(TerminalText, CountsCodePoints)
-{
-    EXPECT_EQ(DisplayWidth("Zürich"), 6U);
-    EXPECT_EQ(DisplayWidth(""), 0U);
-}

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "Utf8.h"
 #include "ZelshText.h"
 
 namespace Zelsh
@@ -41,12 +42,6 @@ std::size_t LastComponent(const std::string& path)
     const std::vector<Component> components = SplitPath(path);
     const bool isBranch = components.size() > 1 && path.ends_with('/');
     return components[components.size() - (isBranch ? 2 : 1)].begin;
-}
-
-int Characters(const std::string& text)
-{
-    return static_cast<int>(std::count_if(text.begin(), text.end(),
-                                          [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80; }));
 }
 }  // namespace
 
@@ -146,7 +141,7 @@ unsigned char LineEditor::Complete()
 
 void LineEditor::Replace(const std::string& word, const std::string& replacement)
 {
-    el_deletestr(editor_.get(), Characters(word));
+    el_deletestr(editor_.get(), static_cast<int>(Utf8::DisplayWidth(word)));
     el_insertstr(editor_.get(), replacement.c_str());
 }
 
