@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 #include <csignal>
@@ -7,20 +6,10 @@
 #include <iostream>
 
 #include "Program.h"
+#include "StandardStreams.h"
 
 namespace
 {
-/// A standard stream that was handed over closed would become the descriptor of the next file opened: a store, say,
-/// which the output would then overwrite. It is filled with one that can be neither read nor written the right way.
-void OccupyStandardStreams()
-{
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(stream, F_GETFD) == -1) {
-            (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);  // takes the lowest free number
-        }
-    }
-}
-
 bool IsSet(const char* variable)
 {
     const char* value = std::getenv(variable);

@@ -1,5 +1,4 @@
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <cerrno>
@@ -11,6 +10,7 @@
 #include <stdexcept>
 
 #include "HostUtil.h"
+#include "StandardStreams.h"
 #include "ZELSH.h"
 #include "ZelshCall.h"
 #include "ZelshClient.h"
@@ -22,16 +22,6 @@ namespace
 {
 constexpr int EXIT_FAILED = 1;
 constexpr int EXIT_WRONG_CALL = 2;
-
-/// A standard stream that was handed over closed would become the descriptor of the next file or socket opened.
-void OccupyStandardStreams()
-{
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(stream, F_GETFD) == -1) {
-            (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);  // takes the lowest free number
-        }
-    }
-}
 
 const ZELSHOutput* OutputNamed(const std::string& format)
 {
