@@ -4,7 +4,7 @@
 #include <string>
 
 #include "FuzzHost.h"
-#include "ZelshText.h"
+#include "ZelshWords.h"
 
 namespace
 {

@@ -6,7 +6,7 @@
 
 #include "ZelshCommands.h"
 #include "ZelshPath.h"
-#include "ZelshText.h"
+#include "ZelshWords.h"
 
 namespace Zelsh
 {

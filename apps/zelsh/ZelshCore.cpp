@@ -6,7 +6,6 @@
 #include "ZELSH.h"
 #include "ZelshCommands.h"
 #include "ZelshPrint.h"
-#include "ZelshText.h"
 
 namespace Zelsh
 {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "ZelshText.h"
+#include "ZelshWords.h"
 
 ZEL_NodeID zelshRootNodeID = ZEL_NODE_root;
 constinit const char* zelshRootNodeStr = "";

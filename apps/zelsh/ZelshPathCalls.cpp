@@ -5,7 +5,7 @@
 #include <string>
 
 #include "ZelshPath.h"
-#include "ZelshText.h"
+#include "ZelshWords.h"
 
 constinit const char* zelshPrompt = "zelsh:/> ";
 

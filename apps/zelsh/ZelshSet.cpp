@@ -6,8 +6,8 @@
 #include "ZelshCommands.h"
 #include "ZelshInput.h"
 #include "ZelshPath.h"
-#include "ZelshText.h"
 #include "ZelshValue.h"
+#include "ZelshWords.h"
 
 namespace Zelsh
 {

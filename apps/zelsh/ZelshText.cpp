@@ -1,7 +1,6 @@
 #include "ZelshText.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 
 #include "Utf8.h"
@@ -30,7 +29,7 @@ Escaped EscapeFirst(std::string_view text, std::string_view special, std::string
     const Utf8::CodePoint first = Utf8::FirstCodePoint(text);
     const std::size_t length = first.length == 0 ? 1 : first.length;
     const bool isAllowed = allowed.find(text[0]) != std::string_view::npos;
-    if (first.length != 0 && (isAllowed || (!Utf8::IsControl(first.value) && !text.starts_with("<EOM>"))) &&
+    if (first.length != 0 && (isAllowed || (!Utf8::IsControl(first.value) && !text.starts_with(REPLY_END))) &&
         special.find(text[0]) == std::string_view::npos) {
         return {std::string(text.substr(0, length)), length};
     }
@@ -77,59 +76,6 @@ bool IsUtf8(std::string_view text)
     }
     return true;
 }
-
-bool IsPlain(std::string_view name)
-{
-    constexpr std::string_view PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_.:@%+,<>-";
-    const bool isSpecial = name.empty() || name == "." || name == ".." || name.find("<EOM>") != std::string_view::npos;
-    return !isSpecial && name.find_first_not_of(PLAIN) == std::string_view::npos;
-}
-
-/// The byte that the escape at the beginning of @p text stands for and how long the escape is; 0 when it is none.
-std::size_t TakeEscape(std::string_view text, char& byte)
-{
-    if (text.starts_with("\\\\")) {
-        byte = '\\';
-        return 2;
-    }
-    unsigned char value = 0;
-    if (!text.starts_with("\\x") || text.size() < 4 ||
-        std::from_chars(text.data() + 2, text.data() + 4, value, 16).ptr != text.data() + 4) {
-        return 0;
-    }
-    byte = static_cast<char>(value);
-    return 4;
-}
-
-/// Reads a word character by character.
-class WordReader
-{
-public:
-    explicit WordReader(std::string_view text) : text_(text) {}
-
-    /// Adds what stands next to @p name: a character, or what an escape stands for; nothing for a quote.
-    void Take(std::string& name)
-    {
-        char byte = text_[position_];
-        const std::size_t escape = TakeEscape(text_.substr(position_), byte);
-        if (escape == 0 && byte == '"') {
-            quoting_ = !quoting_;
-        } else {
-            name += byte;
-        }
-        position_ += escape == 0 ? 1 : escape;
-    }
-
-    bool AtEnd() const { return position_ == text_.size(); }
-    bool AtSlash() const { return !quoting_ && text_[position_] == '/'; }
-    bool AtQuote() const { return text_[position_] == '"'; }
-    std::size_t SkipSlash() { return ++position_; }
-
-private:
-    std::string_view text_;
-    std::size_t position_ = 0;
-    bool quoting_ = false;
-};
 }  // namespace
 
 std::string EscapeControls(std::string_view text)
@@ -140,6 +86,11 @@ std::string EscapeControls(std::string_view text)
 std::string EscapeValue(std::string_view text)
 {
     return Escape(text, "\\");
+}
+
+std::string EscapeName(std::string_view text)
+{
+    return Escape(text, "\\\"=");
 }
 
 std::string EscapeMessage(std::string_view text)
@@ -191,33 +142,5 @@ std::string Hexadecimal(std::string_view bytes)
         digits += HexEscape(byte).substr(2);
     }
     return digits;
-}
-
-std::string QuoteComponent(std::string_view name)
-{
-    return IsPlain(name) ? std::string(name) : '"' + Escape(name, "\\\"=") + '"';
-}
-
-std::string Unquote(std::string_view word)
-{
-    std::string text;
-    for (WordReader reader(word); !reader.AtEnd();) {
-        reader.Take(text);
-    }
-    return text;
-}
-
-std::vector<Component> SplitPath(std::string_view text)
-{
-    std::vector<Component> components = {{"", false, 0}};
-    for (WordReader reader(text); !reader.AtEnd();) {
-        if (reader.AtSlash()) {
-            components.push_back({"", false, reader.SkipSlash()});
-            continue;
-        }
-        components.back().quoted |= reader.AtQuote();
-        reader.Take(components.back().name);
-    }
-    return components;
 }
 }  // namespace Zelsh

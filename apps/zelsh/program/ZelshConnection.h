@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "ZelshCall.h"
+#include "ZelshText.h"
 
 namespace Zelsh
 {
@@ -50,16 +51,15 @@ private:
 template <typename Consumer>
 bool Connection::ReceiveText(Consumer consume)
 {
-    constexpr std::string_view MARKER = "<EOM>";
     std::string held;
     for (std::string bytes = Receive(); !bytes.empty(); bytes = Receive()) {
         held += bytes;
-        if (held.ends_with(MARKER)) {
-            consume(std::string_view(held).substr(0, held.size() - MARKER.size()));
+        if (held.ends_with(REPLY_END)) {
+            consume(std::string_view(held).substr(0, held.size() - REPLY_END.size()));
             return true;
         }
         // The end may be the beginning of the marker.
-        const std::size_t safe = held.size() - std::min(held.size(), MARKER.size() - 1);
+        const std::size_t safe = held.size() - std::min(held.size(), REPLY_END.size() - 1);
         consume(std::string_view(held).substr(0, safe));
         held.erase(0, safe);
     }

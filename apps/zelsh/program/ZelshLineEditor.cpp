@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "Utf8.h"
-#include "ZelshText.h"
+#include "ZelshWords.h"
 
 namespace Zelsh
 {
