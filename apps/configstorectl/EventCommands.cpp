@@ -5,10 +5,10 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 
 #include "Commands.h"
+#include "HeldSignals.h"
 #include "HostEvents.h"
 #include "HostUtil.h"
 
@@ -55,28 +55,6 @@ void Drain(const Descriptor& descriptor)
     }
 }
 
-/// SIGINT and SIGTERM, held back so that they are waited for together with new events.
-class EndSignals
-{
-public:
-    EndSignals()
-    {
-        sigemptyset(&signals_);
-        sigaddset(&signals_, SIGINT);
-        sigaddset(&signals_, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &signals_, &before_);
-    }
-    ~EndSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    EndSignals(const EndSignals&) = delete;
-    EndSignals& operator=(const EndSignals&) = delete;
-
-    const sigset_t& Set() const { return signals_; }
-
-private:
-    sigset_t signals_{};
-    sigset_t before_{};
-};
-
 /// Waits for a change in the folder of the events. False when the user, or the reader of the output, has had enough.
 class EventWait
 {
@@ -103,7 +81,7 @@ public:
     }
 
 private:
-    EndSignals signals_;
+    HeldSignals signals_{SIGINT, SIGTERM};  // held, they can be waited for together with new events
     Descriptor ended_;
     Descriptor changed_;
 };

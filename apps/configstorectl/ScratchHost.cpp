@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
 
 #include "HostEvents.h"
 #include "HostUtil.h"
@@ -29,31 +28,6 @@ std::string TemporaryFolder()
     return folder.string();
 }
 }  // namespace
-
-HeldSignals::HeldSignals()
-{
-    sigemptyset(&held_);
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-        sigaddset(&held_, signal);
-    }
-    pthread_sigmask(SIG_BLOCK, &held_, &before_);
-}
-
-HeldSignals::~HeldSignals()
-{
-    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-}
-
-void HeldSignals::ThrowIfOneWaits() const
-{
-    sigset_t waiting;
-    sigpending(&waiting);
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-        if (sigismember(&waiting, signal) == 1) {
-            throw std::runtime_error("interrupted");
-        }
-    }
-}
 
 ScratchFolder::ScratchFolder() : path_(TemporaryFolder() + "/configstorectl-XXXXXX")
 {

@@ -1,30 +1,12 @@
 #pragma once
 
-#include <signal.h>
-
 #include <string>
 
 #include "DBStore.h"
+#include "HeldSignals.h"
 
 namespace ConfigStoreCtl
 {
-/// Signals that end the program wait until this goes: what it made is then removed first.
-class HeldSignals
-{
-public:
-    HeldSignals();
-    ~HeldSignals();
-    HeldSignals(const HeldSignals&) = delete;
-    HeldSignals& operator=(const HeldSignals&) = delete;
-
-    /// @throws std::runtime_error when one of them is waiting.
-    void ThrowIfOneWaits() const;
-
-private:
-    sigset_t held_;
-    sigset_t before_;
-};
-
 /// A folder of its own for the temporary files of this machine, readable by its owner alone.
 class ScratchFolder
 {
@@ -57,7 +39,8 @@ private:
     void CopyStore(DBStore::Type type) const;
     void CopyFile(const char* path) const;
 
-    const HeldSignals signals_;
+    /// Signals that end the program: what it made is removed first.
+    const HeldSignals signals_{SIGHUP, SIGINT, SIGTERM};
     const ScratchFolder folder_;
     const std::string host_;
 };
