@@ -37,6 +37,17 @@ HostEvent ParseEvent(const std::string& line)
     return event;
 }
 
+std::optional<OwnLogLine> ParseOwnLogLine(const std::string& line)
+{
+    const std::string process = " [" + std::to_string(getpid()) + "] ";
+    const std::size_t level = line.find(' ') + 1;
+    const std::size_t end = line.find(' ', level);
+    if (level == 0 || end == std::string::npos || line.compare(end, process.size(), process) != 0) {
+        return std::nullopt;
+    }
+    return OwnLogLine{line.substr(level, end - level), line.substr(end + process.size())};
+}
+
 std::vector<std::string> NewLinesIfReadable(LineTail& tail)
 {
     try {
@@ -73,13 +84,10 @@ std::vector<std::string> CallWatch::WarningLines()
 
 std::vector<std::string> CallWatch::LinesOf(const std::string& level)
 {
-    // A line is "TIME LEVEL [PROCESS] TEXT"; other processes write to the same file.
-    const std::string mark = " " + level + " [" + std::to_string(getpid()) + "] ";
     std::vector<std::string> lines;
     for (const std::string& line : NewLinesIfReadable(log_)) {
-        const std::size_t found = line.find(mark);
-        if (found != std::string::npos && found == line.find(' ')) {
-            lines.push_back(line.substr(found + mark.size()));
+        if (std::optional<OwnLogLine> own = ParseOwnLogLine(line); own && own->level == level) {
+            lines.push_back(std::move(own->text));
         }
     }
     return lines;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,16 @@ std::string WhyLoadEnded(const std::vector<HostEvent>& events);
 
 /// The lines, joined by "; ".
 std::string Joined(const std::vector<std::string>& lines);
+
+/// A line that this process logged.
+struct OwnLogLine
+{
+    std::string level;
+    std::string text;
+};
+
+/// Takes a line "TIME LEVEL [PROCESS] TEXT" of the log apart; nothing for one of another process.
+std::optional<OwnLogLine> ParseOwnLogLine(const std::string& line);
 
 /// From now on @p tail has only what is added, if it can be read.
 void SkipToEndIfReadable(LineTail& tail);

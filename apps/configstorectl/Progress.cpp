@@ -20,14 +20,6 @@ namespace
 {
 constexpr std::chrono::milliseconds BETWEEN{250};
 constexpr const char* ERASED = "\r\x1b[K";
-
-/// The text of a log line "TIME LEVEL [PROCESS] TEXT" of this process; empty for one of another.
-std::string OwnText(const std::string& line)
-{
-    const std::string mark = " [" + std::to_string(getpid()) + "] ";
-    const std::size_t found = line.find(mark);
-    return found != std::string::npos && found == line.find(" [") ? line.substr(found + mark.size()) : "";
-}
 }  // namespace
 
 Progress::Progress(const ProgressPlace& place) : place_(place), logPath_(HostPath(LOG_FILE))
@@ -100,8 +92,9 @@ void Progress::ReadLog()
     }
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
-        const std::string own = OwnText(line);
-        newest_ = own.empty() ? newest_ : own;
+        if (const std::optional<OwnLogLine> own = ParseOwnLogLine(line); own && !own->text.empty()) {
+            newest_ = own->text;
+        }
     }
 }
 

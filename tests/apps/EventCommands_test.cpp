@@ -53,6 +53,19 @@ TEST_F(EventCommandsTest, LinesThatAreNoEventsKeepTheirText)
     EXPECT_THAT(odd.args, ElementsAre("", "b"));
 }
 
+TEST_F(EventCommandsTest, ALogLineIsTakenApartWhenThisProcessWroteIt)
+{
+    const std::string self = "[" + std::to_string(getpid()) + "] ";
+    const auto line = ConfigStoreCtl::ParseOwnLogLine("2026-01-02T03:04:05.006Z error " + self + "a [b] " + self);
+    ASSERT_TRUE(line.has_value());
+    EXPECT_EQ(line->level, "error");
+    EXPECT_EQ(line->text, "a [b] " + self);
+    for (const std::string& other : {std::string(), std::string("time"), std::string("time error "), "time " + self,
+                                     "error " + self + "text", "time error [1] error " + self + "text"}) {
+        EXPECT_FALSE(ConfigStoreCtl::ParseOwnLogLine(other)) << other;
+    }
+}
+
 TEST_F(EventCommandsTest, WatchSeesOnlyThisProcessesErrorsFromItsStart)
 {
     Host().WriteFile("/var/log/talvor/configstore.log", "2026-01-02T03:04:05.006Z error [1] before\n");
