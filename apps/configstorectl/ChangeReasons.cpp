@@ -55,7 +55,7 @@ std::string ColumnOf(const std::string& pointer)
 ChangeReasons::ChangeReasons(int mode, const std::vector<StoreRow>& staged) : mode_(mode)
 {
     for (const StoreRow& row : staged) {
-        staged_[{row.begin(), row.begin() + STAGED_VERSION}] = row;
+        staged_[KeyOf(row)] = row;
         if (row[STAGED_ACTION] == "SET_DEFAULT") {
             defaultRestored_.insert(ObjectOf(row));
         }
@@ -65,7 +65,7 @@ ChangeReasons::ChangeReasons(int mode, const std::vector<StoreRow>& staged) : mo
 /// The row that gives @p row its values. In a whole document one without identifier stands for every instance.
 const StoreRow* ChangeReasons::StagedFor(const StoreRow& row) const
 {
-    StoreRow key(row.begin(), row.begin() + STAGED_VERSION);
+    StoreRow key = KeyOf(row);
     auto found = staged_.find(key);
     if (mode_ == BOOTMODE_DESIRED_CONFIG) {
         for (const std::optional<std::string>& every : {std::optional<std::string>(""), {}}) {

@@ -21,11 +21,6 @@ constexpr ComparedColumn JSON_COLUMNS[] = {
     {CONFIG_DESIRED, "/desiredValue"},
 };
 
-StoreRow KeyOf(const StoreRow& row)
-{
-    return {row.begin(), row.begin() + CONFIG_VERSION};
-}
-
 std::optional<std::string> Column(const std::optional<StoreRow>& row, ConfigColumn column)
 {
     return row ? (*row)[column] : std::nullopt;

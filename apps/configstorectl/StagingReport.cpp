@@ -40,12 +40,6 @@ std::string WhyPreserved(const std::string& object)
     return IsNetworkPreserved() ? "this host preserves its network" : "switch that the document leaves out";
 }
 
-/// Rows that take each other's place have the same object and identifier.
-StoreRow KeyOf(const StoreRow& row)
-{
-    return {row.begin(), row.begin() + STAGED_VERSION};
-}
-
 /// What the document holds, found by object and staged text.
 using Origins = std::map<std::pair<std::string, std::string>, const DesiredInstance*>;
 

@@ -144,6 +144,12 @@ std::string ObjectOf(const StoreRow& row)
     return row[0].value_or("") + "/" + row[1].value_or("") + "/" + row[2].value_or("");
 }
 
+StoreRow KeyOf(const StoreRow& row)
+{
+    constexpr int COLUMNS = 4;
+    return {row.begin(), row.begin() + COLUMNS};
+}
+
 Listing TableOfRows(const std::vector<Column>& own)
 {
     return {WithOwn({{"OBJECT", nullptr},

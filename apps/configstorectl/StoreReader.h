@@ -44,6 +44,9 @@ Field JsonOf(const std::optional<std::string>& column);
 /// "COMPONENT/GROUP/KEY" of a row that begins with these three.
 std::string ObjectOf(const StoreRow& row);
 
+/// Component, group, key and identifier of a row that begins with these four.
+StoreRow KeyOf(const StoreRow& row);
+
 /// The columns that every listing of such rows begins with, under headings for a table or a record, and then those of
 /// its own: object, component, group, key, identifier, version.
 Listing TableOfRows(const std::vector<Column>& own);
