@@ -2,14 +2,13 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "ConfigStoreDocument.h"
+#include "GoldenFile.h"
 #include "Program.h"
 #include "TestHost.h"
 
@@ -68,17 +67,10 @@ protected:
         EXPECT_EQ(ran.errors, "configstorectl: " + message + "\n");
     }
 
-    /// With UPDATE_GOLDEN=1 in the environment the file is rewritten instead of compared.
+    /// @p text is tests/apps/golden/NAME.
     static void ExpectFile(const std::string& name, const std::string& text)
     {
-        const std::string path = std::string(SOURCE_DIR) + "/tests/apps/golden/" + name;
-        const char* update = std::getenv("UPDATE_GOLDEN");
-        if (update != nullptr && std::string(update) == "1") {
-            std::ofstream(path, std::ios::binary) << text;
-        }
-        std::ostringstream expected;
-        expected << std::ifstream(path, std::ios::binary).rdbuf();
-        EXPECT_EQ(text, expected.str()) << name;
+        ExpectGoldenFile("apps/golden/" + name, text);
     }
 
     /// A handful of rows in every table that commands list.

@@ -1,19 +1,15 @@
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <functional>
-#include <sstream>
 
 #include "BootHost.h"
+#include "GoldenFile.h"
 #include "NimbConfigStore.h"
 #include "StoreFiles.h"
 
 namespace fs = std::filesystem;
 
-// The log of a whole boot, for each kind of boot. CONFIGSTORE_REWRITE_GOLDEN=1 in the environment of this program
-// rewrites the files in golden/ instead, so that what changed shows as a difference in review.
+// The log of a whole boot, for each kind of boot.
 namespace
 {
 
@@ -45,7 +41,7 @@ protected:
                 log += line + "\n";
             }
         }
-        Compare(fs::path(SOURCE_DIR) / "tests/configstore/golden" / (name + ".log"), log);
+        ExpectGoldenFile("configstore/golden/" + name + ".log", log);
     }
 
     void BootInMode(const std::string& mode)
@@ -60,17 +56,6 @@ protected:
     {
         fs::copy_file(UPGRADE_MODULES "/failure.so",
                       Host().Real("/usr/lib/talvor/configmanager/upgrade/lib/failure.so"));
-    }
-
-private:
-    static void Compare(const fs::path& golden, const std::string& log)
-    {
-        if (std::getenv("CONFIGSTORE_REWRITE_GOLDEN") != nullptr) {
-            std::ofstream(golden) << log;
-        }
-        std::ostringstream expected;
-        expected << std::ifstream(golden).rdbuf();
-        EXPECT_EQ(log, expected.str());
     }
 };
 }  // namespace

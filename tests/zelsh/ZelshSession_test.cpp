@@ -1,10 +1,8 @@
 #include <sys/stat.h>
-#include <cstdlib>
-#include <fstream>
 #include <regex>
-#include <sstream>
 #include <string>
 
+#include "GoldenFile.h"
 #include "ShellTest.h"
 
 /// Sessions as a person or a script has them, on a host with some facts.
@@ -31,17 +29,9 @@ protected:
         return story;
     }
 
-    /// With UPDATE_GOLDEN=1 in the environment the file is rewritten instead of compared.
     static void ExpectGolden(const std::string& name, const std::string& text)
     {
-        const std::string path = std::string(SOURCE_DIR) + "/tests/zelsh/golden/" + name + ".txt";
-        const char* update = std::getenv("UPDATE_GOLDEN");
-        if (update != nullptr && std::string(update) == "1") {
-            std::ofstream(path, std::ios::binary) << text;
-        }
-        std::ostringstream expected;
-        expected << std::ifstream(path, std::ios::binary).rdbuf();
-        EXPECT_EQ(text, expected.str());
+        ExpectGoldenFile("zelsh/golden/" + name + ".txt", text);
     }
 
     static const std::vector<std::string>& Lines()
