@@ -4,7 +4,7 @@
 
 #include "ConfigStoreDocument.h"
 #include "HostUtil.h"
-#include "Json.h"
+#include "JsonText.h"
 #include "NimbConfigStore.h"
 #include "StorePaths.h"
 #include "SysAlert.h"
@@ -13,16 +13,11 @@ namespace NimbConfigStore
 {
 namespace
 {
-std::string TextOf(const JsonValue& value)
-{
-    return {value.GetString(), value.GetStringLength()};
-}
-
 std::string FillIn(std::string text, const JsonValue& arguments)
 {
     std::size_t from = 0;
     for (const JsonValue& value : arguments.GetArray()) {
-        const std::string argument = TextOf(value);
+        const std::string argument = JsonText(value);
         const std::size_t place = text.find("%s", from);
         text.replace(place, 2, argument);  // throws std::out_of_range when there is no place left
         from = place + argument.size();    // a "%s" of the argument is text
@@ -32,7 +27,7 @@ std::string FillIn(std::string text, const JsonValue& arguments)
 
 std::string AlertText(const JsonValue& error)
 {
-    std::string text = TextOf(error["zubMsg"]);
+    std::string text = JsonText(error["zubMsg"]);
     const auto arguments = error.FindMember("zubArgs");
     const bool hasArguments = arguments != error.MemberEnd() && arguments->value.IsArray();
     return hasArguments ? FillIn(std::move(text), arguments->value) : text;

@@ -1,4 +1,3 @@
-#include "ConfigStoreException.h"
 #include "NimbConfigStore.h"
 #include "RunStatement.h"
 #include "StoreConnection.h"
@@ -10,9 +9,7 @@ namespace
 {
 void ReadMetrics(const std::string& function, const char* sql, DBStore::RowCallback callback, void* context)
 {
-    if (!RunStatement(ConnectToConfigStore(), sql, {}, callback, context)) {
-        throw ConfigStoreException(CS_ERROR_OPERATION, ("Failed to get data from " + function).c_str());
-    }
+    RunOrThrow(ConnectToConfigStore(), sql, ("Failed to get data from " + function).c_str(), {}, callback, context);
 }
 
 int KeepNumber(void* context, int, char** values, char**)

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "JsonPlace.h"
+#include "JsonTexts.h"
 #include "NimbSchemaStore.h"
 #include "SchemaReferences.h"
 
@@ -19,11 +20,6 @@ namespace NimbSchemaStore
 namespace
 {
 const char* const DELETE_DEFAULT = "DELETE_DEFAULT";
-
-std::string Text(const JsonValue& value)
-{
-    return {value.GetString(), value.GetStringLength()};
-}
 
 /// An object whose members are exactly those of @p properties.
 JsonValue ObjectOf(JsonValue properties, JsonAllocator& allocator)
@@ -42,7 +38,7 @@ SameNamed ValuesOf(const JsonValue& object, std::string_view name)
 {
     SameNamed values;
     for (const auto& member : object.GetObject()) {
-        if (Text(member.name) == name) {
+        if (JsonSchema::TextOf(member.name) == name) {
             values.push_back(&member.value);
         }
     }
@@ -59,7 +55,7 @@ std::vector<std::pair<std::string, SameNamed>> MembersOf(const SameNamed& parts)
             continue;
         }
         for (const auto& member : part->GetObject()) {
-            const auto [place, isNew] = places.emplace(Text(member.name), members.size());
+            const auto [place, isNew] = places.emplace(JsonSchema::TextOf(member.name), members.size());
             if (isNew) {
                 members.push_back({place->first, {}});
             }

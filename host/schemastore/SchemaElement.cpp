@@ -9,8 +9,10 @@
 #include "ConfigStoreDocument.h"
 #include "ConfigStoreException.h"
 #include "JsonPlace.h"
+#include "JsonTexts.h"
 #include "JsonValidator.h"
 
+using JsonSchema::TextOf;
 using NimbConfigStore::ConfigStoreException;
 using NimbConfigStore::JsonAllocator;
 using NimbConfigStore::JsonDocument;
@@ -20,14 +22,9 @@ namespace NimbSchemaStore
 {
 namespace
 {
-std::string_view Text(const JsonValue& value)
-{
-    return {value.GetString(), value.GetStringLength()};
-}
-
 bool IsName(const JsonValue& value)
 {
-    return value.IsString() && !Text(value).empty() && Text(value).find('\0') == std::string_view::npos;
+    return value.IsString() && !TextOf(value).empty() && TextOf(value).find('\0') == std::string_view::npos;
 }
 
 bool AreNames(const JsonValue& value)
@@ -44,12 +41,12 @@ bool IsPlacement(const JsonValue& value)
 {
     const auto schema = value.IsObject() ? value.FindMember("schema") : JsonValue::ConstMemberIterator();
     return value.IsObject() && schema != value.MemberEnd() && schema->value.IsString() &&
-           (Text(schema->value) == "nimb-shared" || Text(schema->value) == "nimbio-only");
+           (TextOf(schema->value) == "nimb-shared" || TextOf(schema->value) == "nimbio-only");
 }
 
 bool IsFileMember(const JsonValue::Member& member)
 {
-    const std::string_view name = Text(member.name);
+    const std::string_view name = TextOf(member.name);
     if (name == "enabled") {
         return member.value.IsBool();
     }
@@ -58,7 +55,7 @@ bool IsFileMember(const JsonValue::Member& member)
     }
     constexpr std::string_view CLASSES[] = {"vital", "cached", "config"};
     return name == "persistence" && member.value.IsString() &&
-           std::find(std::begin(CLASSES), std::end(CLASSES), Text(member.value)) != std::end(CLASSES);
+           std::find(std::begin(CLASSES), std::end(CLASSES), TextOf(member.value)) != std::end(CLASSES);
 }
 
 bool IsFile(const JsonValue& value)
@@ -118,8 +115,8 @@ public:
     {
         std::bitset<std::size(MEMBERS)> seen;
         for (const auto& member : element_.GetObject()) {
-            const std::size_t rule = CheckMember(Text(member.name), member.value);
-            Require(!seen[rule], Text(member.name), "stands twice");
+            const std::size_t rule = CheckMember(TextOf(member.name), member.value);
+            Require(!seen[rule], TextOf(member.name), "stands twice");
             seen.set(rule);
         }
         CheckIdentity("component", id_.component);
@@ -152,7 +149,7 @@ private:
     void CheckIdentity(const char* member, const std::string& expected) const
     {
         const JsonValue* value = Find(member);
-        Require(!expected.empty() && value != nullptr && Text(*value) == expected, member,
+        Require(!expected.empty() && value != nullptr && TextOf(*value) == expected, member,
                 "does not name the object registered");
     }
 
@@ -179,8 +176,8 @@ private:
             return false;
         }
         const auto type = schema.FindMember("type");
-        Require(type != schema.MemberEnd() && type->value.IsString() && Text(type->value) == "string", "schema",
-                "marks the property " + JsonSchema::Quoted(Text(property.name)) +
+        Require(type != schema.MemberEnd() && type->value.IsString() && TextOf(type->value) == "string", "schema",
+                "marks the property " + JsonSchema::Quoted(TextOf(property.name)) +
                     " with \"instanceId\", whose type is not \"string\"");
         return true;
     }
@@ -255,7 +252,7 @@ std::string InstanceIdPropertyOf(const JsonValue& instanceSchema)
     }
     for (const auto& property : properties->value.GetObject()) {
         if (ConfigStoreDocument::ValueExists(property.value, "instanceId") && property.value["instanceId"].IsTrue()) {
-            return std::string(Text(property.name));
+            return std::string(TextOf(property.name));
         }
     }
     return "";
