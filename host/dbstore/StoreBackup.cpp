@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -43,17 +42,6 @@ std::string CopyPages(const std::string& from, const std::string& to)
     return result == SQLITE_DONE ? "" : sqlite3_errstr(result);
 }
 
-bool SyncFolder(const std::string& path)
-{
-    const FileHandle folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return folder.IsOpen() && fsync(folder.Get()) == 0;
-}
-
-std::string FolderOf(const std::string& path)
-{
-    return path.substr(0, path.find_last_of('/') + 1);
-}
-
 std::string CopyStore(Type type, const std::string& realPath)
 {
     const std::string store = HostPath(StorePath(type));
@@ -68,6 +56,7 @@ std::string CopyStore(Type type, const std::string& realPath)
     const bool replaced = fsync(copy.File().Get()) == 0 && copy.TakePlaceOf(realPath) && SyncFolder(FolderOf(realPath));
     return replaced ? "" : SystemReason();
 }
+
 /// The result of a copy; a failure is logged.
 int Told(Type type, const std::string& path, const std::string& reason)
 {

@@ -15,12 +15,6 @@ namespace
 constexpr mode_t NEW_FILE_MODE = 0644;
 constexpr mode_t NEW_FOLDER_MODE = 0755;
 
-std::string FolderOf(const std::string& path)
-{
-    const std::size_t slash = path.find_last_of('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
-}
-
 // The new content of a file.
 class Replacement
 {
@@ -40,23 +34,15 @@ public:
         }
         const bool taken =
             fchmod(File().Get(), mode & 07777) == 0 && fsync(File().Get()) == 0 && file_.TakePlaceOf(target_);
-        if (taken) {
-            SyncFolder();
+        if (taken && !SyncFolder(folder_)) {
+            // Only a power cut could still undo it.
+            CSLogger::Log(CSLogger::WARNING, "%s is replaced but its folder is not synced: %s", path_.c_str(),
+                          std::strerror(errno));
         }
         return taken;
     }
 
 private:
-    // The file has been replaced already, whatever becomes of this: only a power cut could still undo it.
-    void SyncFolder() const
-    {
-        const FileHandle folder(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!folder.IsOpen() || fsync(folder.Get()) != 0) {
-            CSLogger::Log(CSLogger::WARNING, "%s is replaced but its folder is not synced: %s", path_.c_str(),
-                          std::strerror(errno));
-        }
-    }
-
     const std::string path_;  // the logical one
     const std::string target_;
     const std::string folder_;

@@ -48,6 +48,18 @@ bool IsWorldWritable(const std::string& folder)
     return stat(folder.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0;
 }
 
+std::string FolderOf(const std::string& path)
+{
+    const std::size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
+}
+
+bool SyncFolder(const std::string& folder)
+{
+    const FileHandle handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return handle.IsOpen() && fsync(handle.Get()) == 0;
+}
+
 UnfinishedFile::UnfinishedFile(const std::string& folder)
 {
     RemoveAbandoned(folder);

@@ -7,6 +7,12 @@
 /// True where anyone may create files: what lies there may be somebody else's.
 bool IsWorldWritable(const std::string& folder);
 
+/// The folder that @p path stands in.
+std::string FolderOf(const std::string& path);
+
+/// Makes what was created or replaced in @p folder durable. False and errno on failure.
+bool SyncFolder(const std::string& folder);
+
 /// A file that is written beside the one that it is going to replace, under a name that nobody else has. It is locked
 /// while it is at work: one that is not was left behind by a process that was killed, and goes when the next file is
 /// begun in its folder. All paths are real ones.
