@@ -1,5 +1,6 @@
 #include "KernelFile.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <filesystem>
@@ -7,26 +8,33 @@
 #include "FileHandle.h"
 #include "HostUtil.h"
 
-std::optional<std::string> ReadKernelFile(const std::string& path)
+std::optional<std::string> ReadKernelFile(const std::string& path, std::size_t limit)
 {
     const FileHandle file(HostOpenRegular(path));
-    return file.IsOpen() ? ReadToEnd(file.Get()) : std::nullopt;
+    return file.IsOpen() ? ReadToEnd(file.Get(), limit) : std::nullopt;
 }
 
-std::optional<std::string> ReadToEnd(int descriptor)
+std::optional<std::string> ReadToEnd(int descriptor, std::size_t limit)
 {
     std::string text;
     std::array<char, 65536> piece;
-    for (;;) {
-        const ssize_t length = read(descriptor, piece.data(), piece.size());
+    while (text.size() < limit) {
+        const ssize_t length = read(descriptor, piece.data(), std::min(piece.size(), limit - text.size()));
         if (length == 0) {
-            return text;
+            break;
         }
         if (length < 0 && errno != EINTR) {
             return std::nullopt;
         }
         text.append(piece.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
     }
+    return text;
+}
+
+bool IsKernelFolder(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::is_directory(HostPath(path), error);
 }
 
 std::vector<std::string> ListKernelFolder(const std::string& path)

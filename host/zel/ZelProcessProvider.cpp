@@ -147,9 +147,13 @@ ORV_ReturnStatus GetProcessStats(const ZEL_ParamList& instance, std::string& dat
     return ORV_OK;
 }
 
+// The kernel starts no program with more than 6 MiB of words, but a process may point at other memory of its own as
+// them.
+constexpr std::size_t MAX_COMMAND_LINE = 8 << 20;
+
 ORV_ReturnStatus GetCommandLine(const ZEL_ParamList& instance, std::string& data)
 {
-    std::optional<std::string> words = ReadKernelFile("/proc/" + instance.Name(0) + "/cmdline");
+    std::optional<std::string> words = ReadKernelFile("/proc/" + instance.Name(0) + "/cmdline", MAX_COMMAND_LINE);
     if (!words) {
         return ORV_NOT_FOUND;
     }
@@ -173,7 +177,7 @@ constexpr ZelNode NODES[] = {
      .output = &STATS,
      .get = GetProcessStats},
     {.path = "/sched/processes/<pid>/cmdLine",
-     .help = "the words that it was started with, parted by blanks; empty for a thread of the kernel",
+     .help = "the words that it was started with, parted by blanks, at most 8 MiB; empty for a thread of the kernel",
      .output = &ZEL_TEXT,
      .get = GetCommandLine},
 };

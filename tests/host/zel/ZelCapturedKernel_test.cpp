@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+
 #include "TestHost.h"
 #include "ZelTreeReader.h"
 
@@ -160,6 +163,17 @@ TEST_F(ZelCapturedKernel, ACommandLineOfAMegabyteIsReadWhole)
 {
     Host().WriteFile("/proc/42/cmdline", std::string(1 << 20, 'x'));
     EXPECT_EQ(Read("/sched/processes/<pid>/cmdLine", {"42"})[""].size(), 1u << 20);
+}
+
+TEST_F(ZelCapturedKernel, ACommandLineLongerThanAnyThatThereIsIsCut)
+{
+    Host().WriteFile("/proc/42/cmdline", "");
+    Host().WriteFile("/proc/43/cmdline", std::string(8 << 20, 'x') + "y");
+    std::filesystem::resize_file(Host().Real("/proc/42/cmdline"), 16 << 20);
+    std::ofstream(Host().Real("/proc/42/cmdline"), std::ios::in) << "prog";
+    std::ofstream(Host().Real("/proc/42/cmdline"), std::ios::app) << "end";
+    EXPECT_EQ(Read("/sched/processes/<pid>/cmdLine", {"42"})[""].size(), 4u);
+    EXPECT_TRUE(Read("/sched/processes/<pid>/cmdLine", {"43"})[""] == std::string(8 << 20, 'x'));
 }
 
 TEST_F(ZelCapturedKernel, TheLoadIsCountedInThousandths)
