@@ -39,7 +39,10 @@ std::shared_ptr<const ZelInodeIndex> GatherInodes()
         return nullptr;
     }
     const auto tardisks = facts->FindMember("tardisks");
-    if (tardisks == facts->MemberEnd() || !ListsFilesByTardisk(tardisks->value)) {
+    if (tardisks == facts->MemberEnd()) {
+        return std::make_shared<const ZelInodeIndex>();  // as on a plain Linux host
+    }
+    if (!ListsFilesByTardisk(tardisks->value)) {
         CSLogger::Log(CSLogger::ERROR, "The kernel's facts in %s give no files by tardisk", KERNEL_FACTS_FILE);
         return nullptr;
     }
@@ -48,14 +51,7 @@ std::shared_ptr<const ZelInodeIndex> GatherInodes()
 
 std::shared_ptr<const ZelInodeIndex> DeliveredInodes()
 {
-    ZelSnapshotFacts* snapshot = CurrentZelSnapshot();
-    if (snapshot == nullptr) {
-        return GatherInodes();
-    }
-    if (snapshot->inodes == nullptr) {
-        snapshot->inodes = GatherInodes();
-    }
-    return snapshot->inodes;
+    return OncePerZelSnapshot(&ZelSnapshotFacts::inodes, GatherInodes);
 }
 
 ORV_ReturnStatus ListInodes(const ZEL_ParamList&, std::vector<std::string>& names)

@@ -19,14 +19,7 @@ ParsedKernelFacts Parse()
 
 ParsedKernelFacts ParseOncePerSnapshot()
 {
-    ZelSnapshotFacts* snapshot = CurrentZelSnapshot();
-    if (snapshot == nullptr) {
-        return Parse();
-    }
-    if (!snapshot->kernel) {
-        snapshot->kernel = Parse();
-    }
-    return *snapshot->kernel;
+    return OncePerZelSnapshot(&ZelSnapshotFacts::kernel, Parse);
 }
 }  // namespace
 

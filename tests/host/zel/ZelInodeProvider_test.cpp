@@ -58,7 +58,7 @@ TEST_F(ZelInodeProvider, AnInodeThatNoTardiskDeliveredIsNotFound)
 
 TEST_F(ZelInodeProvider, TardiskListsOfAnotherShapeAreAFailureThatNamesTheFile)
 {
-    for (const char* facts : {"{}", R"({"tardisks": []})", R"({"tardisks": 7})",
+    for (const char* facts : {R"({"tardisks": []})", R"({"tardisks": 7})",
                               R"({"tardisks": {"net.v00": "/etc/net.conf"}})", R"({"tardisks": {"net.v00": [7]}})"}) {
         Host().WriteFile("/etc/talvor/platform/kernel.json", facts).ClearLogs();
         ZEL_InodeStats stats = {};
@@ -66,6 +66,25 @@ TEST_F(ZelInodeProvider, TardiskListsOfAnotherShapeAreAFailureThatNamesTheFile)
         EXPECT_EQ(Host().Log(), std::vector<std::string>{"error The kernel's facts in /etc/talvor/platform/kernel.json "
                                                          "give no files by tardisk"});
     }
+}
+
+TEST_F(ZelInodeProvider, FactsWithoutTardisksTellOfNoDeliveredFile)
+{
+    Host().WriteFile("/etc/talvor/platform/kernel.json", "{}");
+    ZEL_InodeStats stats = {};
+    EXPECT_EQ(GetStats(1, stats), ORV_NOT_FOUND);
+    EXPECT_THAT(Instances("/system/quenfs/inodes"), testing::IsEmpty());
+    EXPECT_THAT(Host().Log(), testing::IsEmpty());
+}
+
+TEST_F(ZelInodeProvider, OneSnapshotReportsBadTardiskListsOnce)
+{
+    Host().WriteFile("/etc/talvor/platform/kernel.json", R"({"tardisks": 7})");
+    const ZEL_Snapshot snapshot;
+    ZEL_InodeStats stats = {};
+    EXPECT_EQ(GetStats(1, stats), ORV_FAILURE);
+    EXPECT_EQ(GetStats(2, stats), ORV_FAILURE);
+    EXPECT_EQ(Host().Log().size(), 1u);
 }
 
 TEST_F(ZelInodeProvider, DeliveredInodesAreListed)
