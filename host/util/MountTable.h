@@ -1,6 +1,10 @@
 #pragma once
 
+#include <sys/sysmacros.h>
+#include <sys/types.h>
+
 #include <algorithm>
+#include <charconv>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +23,20 @@ struct MountEntry
     std::string source;
     std::string superOptions;
 };
+
+/// A mount's device as stat() gives it; 0, which no device has, for a text of another form.
+inline dev_t DeviceNumber(std::string_view device)
+{
+    unsigned int majorNumber = 0;
+    unsigned int minorNumber = 0;
+    const char* end = device.data() + device.size();
+    const auto [colon, error] = std::from_chars(device.data(), end, majorNumber);
+    if (error != std::errc() || colon == end || *colon != ':') {
+        return 0;
+    }
+    const auto [stop, minorError] = std::from_chars(colon + 1, end, minorNumber);
+    return minorError == std::errc() && stop == end ? makedev(majorNumber, minorNumber) : 0;
+}
 
 /// Turns each "\NNN" (three octal digits) into its character.
 inline std::string UnescapedMountName(std::string_view escaped)

@@ -1,13 +1,14 @@
-#include <algorithm>
 #include <cerrno>
 
 #include "HostUtil.h"
 #include "KernelFile.h"
 #include "MountTable.h"
+#include "RemoteMounts.h"
 #include "ZelFileSystemUse.h"
 #include "ZelKernelText.h"
 #include "ZelParamList.h"
 #include "ZelProviders.h"
+#include "ZelSnapshot.h"
 #include "ZelTypes.h"
 
 // Mounted file systems by the folder that they are seen at; of several at one place, the last, which covers the others.
@@ -38,14 +39,18 @@ constexpr ZEL_TypeMember INFO_MEMBERS[] = {
 constexpr ZEL_Type INFO = ZelStructType<MountInfo>("mountInfo", INFO_MEMBERS);
 constexpr ZEL_Type STATS = ZelStructType<ZelFileSystemUse>("mountStats", ZEL_FILE_SYSTEM_USE_MEMBERS);
 
-std::vector<MountEntry> MountTable()
+std::shared_ptr<const std::vector<MountEntry>> MountTable()
 {
-    return ParseMountTable(ReadKernelFile(MOUNT_TABLE_FILE).value_or(""));
+    return OncePerZelSnapshot(&ZelSnapshotFacts::mounts, [] {
+        return std::make_shared<const std::vector<MountEntry>>(
+            ParseMountTable(ReadKernelFile(MOUNT_TABLE_FILE).value_or("")));
+    });
 }
 
 ORV_ReturnStatus ListMounts(const ZEL_ParamList&, std::vector<std::string>& names)
 {
-    for (const MountEntry& entry : MountTable()) {
+    const std::shared_ptr<const std::vector<MountEntry>> table = MountTable();
+    for (const MountEntry& entry : *table) {
         names.push_back(entry.point);
     }
     return ORV_OK;
@@ -59,14 +64,14 @@ bool IsReadOnly(const MountEntry& entry)
 
 ORV_ReturnStatus GetMountInfo(const ZEL_ParamList& instance, std::string& data)
 {
-    const std::vector<MountEntry> table = MountTable();
-    const MountEntry* entry = FindMount(table, instance.Text(0));
+    const std::shared_ptr<const std::vector<MountEntry>> table = MountTable();
+    const MountEntry* entry = FindMount(*table, instance.Text(0));
     if (entry == nullptr) {
         return ORV_NOT_FOUND;
     }
     MountInfo info = {};
-    info.major = ZelNumber<std::uint32_t>(entry->device);
-    info.minor = ZelNumber<std::uint32_t>(entry->device.substr(entry->device.find(':') + 1));
+    info.major = major(DeviceNumber(entry->device));
+    info.minor = minor(DeviceNumber(entry->device));
     info.readOnly = IsReadOnly(*entry);
     ZelFillText(info.type, entry->type);
     ZelFillText(info.source, entry->source);
@@ -77,23 +82,15 @@ ORV_ReturnStatus GetMountInfo(const ZEL_ParamList& instance, std::string& data)
     return ORV_OK;
 }
 
-/// A server that is gone would make the question wait for ever, an automatic mount point would mount.
-bool MayBeAsked(const MountEntry& entry)
-{
-    static const char* const REMOTE[] = {"9p", "afs", "autofs", "ceph", "cifs", "lustre", "ncpfs", "smb3", "smbfs"};
-    const bool remote = std::find(std::begin(REMOTE), std::end(REMOTE), entry.type) != std::end(REMOTE);
-    return !remote && !entry.type.starts_with("nfs") && !entry.type.starts_with("fuse");
-}
-
 ORV_ReturnStatus GetMountStats(const ZEL_ParamList& instance, std::string& data)
 {
-    const std::vector<MountEntry> table = MountTable();
-    const MountEntry* entry = FindMount(table, instance.Text(0));
+    const std::shared_ptr<const std::vector<MountEntry>> table = MountTable();
+    const MountEntry* entry = FindMount(*table, instance.Text(0));
     if (entry == nullptr) {
         return ORV_NOT_FOUND;
     }
     // The folders of another root are not what its mount table speaks of.
-    if (!IsRealHost() || !MayBeAsked(*entry)) {
+    if (!IsRealHost() || !MayBeAskedHowFull(*table, *entry)) {
         return ORV_NOT_SUPPORTED;
     }
     ZelFileSystemUse use = {};
@@ -109,7 +106,7 @@ constexpr ZelNode NODES[] = {
     {.path = "/storage/mounts/<path>", .help = "mounted file systems", .list = ListMounts},
     {.path = "/storage/mounts/<path>/info", .help = "what is mounted and how", .output = &INFO, .get = GetMountInfo},
     {.path = "/storage/mounts/<path>/stats",
-     .help = "how full it is; not told of network file systems, whose servers may not answer",
+     .help = "how full it is; not told of network file systems and what lies in them: servers may not answer",
      .output = &STATS,
      .get = GetMountStats},
 };

@@ -21,6 +21,15 @@ TEST(MountTable, TheFieldsOfALineArePartedByBlanks)
     EXPECT_EQ(entries[1].source, "none");
 }
 
+TEST(MountTable, TheNumberOfADeviceIsThatOfItsText)
+{
+    EXPECT_EQ(DeviceNumber("253:1048575"), makedev(253, 1048575));
+    EXPECT_EQ(DeviceNumber("0:40"), makedev(0, 40));
+    for (const char* text : {"", "8", "8:", ":1", "8:x", "8:1x", "-8:1", "8:99999999999"}) {
+        EXPECT_EQ(DeviceNumber(text), 0u) << text;
+    }
+}
+
 TEST(MountTable, EscapedCharactersArePlain)
 {
     const std::vector<MountEntry> entries =
