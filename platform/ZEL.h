@@ -167,7 +167,8 @@ ORV_ReturnStatus ZEL_Set(ZEL_NodeID node, const ZEL_ParamList* instance, const Z
                          void* outputSize);
 
 /// For as long as one lives, its thread reads facts that take long to gather (the facts of another root, the origin of
-/// its inodes) once: for programs that read many nodes, and want them of one moment. May be nested.
+/// its inodes) or that tell of many instances at once (mounts, counts and addresses of interfaces, times of processors)
+/// once: for programs that read many nodes, and want them of one moment. May be nested.
 class ZEL_Snapshot
 {
 public:

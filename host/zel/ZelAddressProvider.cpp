@@ -1,4 +1,3 @@
-#include <ifaddrs.h>
 #include <netinet/in.h>
 
 #include <bit>
@@ -9,6 +8,7 @@
 #include "ZelKernelFolder.h"
 #include "ZelParamList.h"
 #include "ZelProviders.h"
+#include "ZelSnapshot.h"
 #include "ZelTypes.h"
 
 // Addresses of network interfaces. Only the running kernel tells them: a captured /proc holds none.
@@ -107,6 +107,13 @@ bool IsOf(const ifaddrs& entry, const std::string& interface, int family)
            name.substr(0, name.find(':')) == interface;
 }
 
+/// Null when the kernel does not tell.
+std::shared_ptr<const ifaddrs> GatherAddresses()
+{
+    ifaddrs* entries = nullptr;
+    return getifaddrs(&entries) == 0 ? std::shared_ptr<ifaddrs>(entries, &freeifaddrs) : nullptr;
+}
+
 ORV_ReturnStatus GetAddresses(const std::string& interface, int family, std::string (*record)(const ifaddrs&),
                               std::string& data)
 {
@@ -116,12 +123,11 @@ ORV_ReturnStatus GetAddresses(const std::string& interface, int family, std::str
     if (!ZelIsFileName(interface) || !ZelKernelFolder("/sys/class/net/" + interface).Has("ifindex")) {
         return ORV_NOT_FOUND;
     }
-    ifaddrs* entries = nullptr;
-    if (getifaddrs(&entries) != 0) {
+    const auto entries = OncePerZelSnapshot(&ZelSnapshotFacts::addresses, GatherAddresses);
+    if (entries == nullptr) {
         return ORV_FAILURE;
     }
-    const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> owner(entries, &freeifaddrs);
-    for (const ifaddrs* entry = entries; entry != nullptr; entry = entry->ifa_next) {
+    for (const ifaddrs* entry = entries.get(); entry != nullptr; entry = entry->ifa_next) {
         if (IsOf(*entry, interface, family)) {
             data += record(*entry);
         }

@@ -1,11 +1,11 @@
 #include <unistd.h>
 
-#include <algorithm>
 #include <set>
 
 #include "ZelKernelFolder.h"
 #include "ZelParamList.h"
 #include "ZelProviders.h"
+#include "ZelSnapshot.h"
 #include "ZelTypes.h"
 
 namespace
@@ -119,12 +119,12 @@ ORV_ReturnStatus GetCpuSummary(const ZEL_ParamList& none, std::string& data)
     std::set<std::string> cores;  // by their threads: core numbers start anew on each die
     CpuSummary summary = {};
     for (const std::string& number : numbers) {
-        const CpuInfo info = InfoOf(number);
+        const ZelKernelFolder cpu(CpuFolder(number));
         ++summary.cpus;
-        if (info.online) {
+        if (IsOnline(cpu)) {
             ++summary.online;
-            packages.insert(info.package);
-            cores.insert(ZelKernelFolder(CpuFolder(number)).Text("topology/thread_siblings_list"));
+            packages.insert(cpu.Value<std::int32_t>("topology/physical_package_id"));
+            cores.insert(cpu.Text("topology/thread_siblings_list"));
         }
     }
     summary.cores = static_cast<std::uint32_t>(cores.size());
@@ -138,9 +138,7 @@ ORV_ReturnStatus GetCpuSummary(const ZEL_ParamList& none, std::string& data)
 
 bool Exists(const ZEL_ParamList& instance)
 {
-    std::vector<std::string> numbers;
-    (void)ListCpus(instance, numbers);  // it cannot fail
-    return std::find(numbers.begin(), numbers.end(), instance.Name(0)) != numbers.end();
+    return IsKernelFolder(CpuFolder(instance.Name(0)));
 }
 
 ORV_ReturnStatus GetCpuInfo(const ZEL_ParamList& instance, std::string& data)
@@ -169,8 +167,8 @@ ORV_ReturnStatus GetCpuStats(const ZEL_ParamList& instance, std::string& data)
     if (!Exists(instance)) {
         return ORV_NOT_FOUND;
     }
-    const std::string text = ReadKernelFile("/proc/stat").value_or("");
-    const std::vector<std::string_view> times = TimesOf(text, instance.Name(0));
+    const auto text = ReadOncePerZelSnapshot(&ZelSnapshotFacts::processorTimes, "/proc/stat");
+    const std::vector<std::string_view> times = TimesOf(*text, instance.Name(0));
     const auto ms = [&](std::size_t word) {
         return ZelNumber(ZelWord(times, word)) * 1000 / static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK));
     };

@@ -7,6 +7,7 @@
 #include "ZelKernelFolder.h"
 #include "ZelParamList.h"
 #include "ZelProviders.h"
+#include "ZelSnapshot.h"
 #include "ZelTypes.h"
 
 namespace
@@ -74,7 +75,10 @@ constexpr ZEL_TypeMember STATS_MEMBERS[] = {
 };
 constexpr ZEL_Type STATS = ZelStructType<InterfaceStats>("interfaceStats", STATS_MEMBERS);
 
-const char* const INTERFACES_FILE = "/proc/net/dev";
+std::shared_ptr<const std::string> InterfaceCounts()
+{
+    return ReadOncePerZelSnapshot(&ZelSnapshotFacts::interfaceCounts, "/proc/net/dev");
+}
 
 /// The lines "NAME: COUNT..." of the file, below its two of headings.
 std::vector<std::string_view> InterfaceLines(std::string_view text)
@@ -97,8 +101,8 @@ std::string InterfaceName(std::string_view line)
 
 ORV_ReturnStatus ListInterfaces(const ZEL_ParamList&, std::vector<std::string>& names)
 {
-    const std::string text = ReadKernelFile(INTERFACES_FILE).value_or("");
-    for (const std::string_view line : InterfaceLines(text)) {
+    const std::shared_ptr<const std::string> text = InterfaceCounts();
+    for (const std::string_view line : InterfaceLines(*text)) {
         names.push_back(InterfaceName(line));
     }
     return ORV_OK;
@@ -152,8 +156,8 @@ ORV_ReturnStatus GetInterfaceConfig(const ZEL_ParamList& instance, std::string& 
 
 ORV_ReturnStatus GetInterfaceStats(const ZEL_ParamList& instance, std::string& data)
 {
-    const std::string text = ReadKernelFile(INTERFACES_FILE).value_or("");
-    for (const std::string_view line : InterfaceLines(text)) {
+    const std::shared_ptr<const std::string> text = InterfaceCounts();
+    for (const std::string_view line : InterfaceLines(*text)) {
         if (InterfaceName(line) != instance.Text(0)) {
             continue;
         }

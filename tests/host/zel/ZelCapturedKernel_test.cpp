@@ -197,6 +197,29 @@ TEST_F(ZelCapturedKernel, PowerSuppliesAreRead)
     EXPECT_EQ(Read("/power/policy")["sleepStates"], "freeze mem");
 }
 
+TEST_F(ZelCapturedKernel, OneSnapshotReadsWhatTellsOfManyInstancesOnce)
+{
+    const auto capture = [this](const std::string& count) {
+        Host().WriteFile("/proc/self/mountinfo", "20 1 8:" + count + " / / rw - ext4 /dev/sda1 rw\n");
+        Host().WriteFile("/proc/net/dev", "eth0: " + count + " 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n");
+        Host().WriteFile("/proc/stat", "cpu0 " + count + "00 0 0 0 0 0 0 0 0 0\n");
+    };
+    const auto read = [] {
+        return Read("/storage/mounts/<path>/info", {"/"})["minor"] + " " +
+               Read("/net/interfaces/<interface>/stats", {"eth0"})["receivedBytes"] + " " +
+               Read("/hardware/cpu/cpus/<cpu>/stats", {"0"})["userMs"];
+    };
+    Host().MakeFolder("/sys/devices/system/cpu/cpu0");
+    capture("1");
+    {
+        const ZEL_Snapshot snapshot;
+        EXPECT_EQ(read(), "1 1 1000");
+        capture("2");
+        EXPECT_EQ(read(), "1 1 1000");
+    }
+    EXPECT_EQ(read(), "2 2 2000");
+}
+
 TEST_F(ZelCapturedKernel, AFolderInPlaceOfAFileIsNoAnswer)
 {
     Host().MakeFolder("/proc/meminfo");
