@@ -66,7 +66,8 @@ pid_t HostSpawn(const char* const* argv);
 /// tmpfs here; its @p data are seven fields parted by commas, of which the second is the size in MiB, the sixth the
 /// mode of the top folder in octal, and the last the name, which the mount table shows as its source. It is not mounted
 /// over another mount.
-/// @return 0, or an errno: EBUSY for a ramdisk at a mount point, EINVAL for data of another form.
+/// @return 0, or an errno: EBUSY for a ramdisk at a mount point, EINVAL for data of another form. What keeps the mount
+/// table from being read fails a ramdisk too, after a log line.
 int HostMount(const char* source, const char* point, const char* type, unsigned long flags, const char* data);
 
 /// The host's switches, from /etc/talvor/platform/features.json; a missing file or member gives the default, a

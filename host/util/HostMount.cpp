@@ -2,8 +2,11 @@
 #include <sys/mount.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 
+#include "CSLogger.h"
 #include "FileHandle.h"
 #include "HostUtil.h"
 #include "KernelFile.h"
@@ -22,20 +25,33 @@ int MountRamdisk(const char* point, unsigned long flags, const char* text)
     if (!folder) {
         return ENOENT;
     }
+    const std::optional<std::vector<MountEntry>> mounts = HostMounts();
+    if (!mounts) {
+        const int reason = errno;
+        CSLogger::Log(CSLogger::WARNING, "Cannot tell from %s what is mounted: %s", MOUNT_TABLE_FILE,
+                      std::strerror(reason));
+        return reason;
+    }
     // A tmpfs would be mounted over what is there and hide it.
-    if (FindMount(HostMounts(), *folder) != nullptr) {
+    if (FindMount(*mounts, *folder) != nullptr) {
         return EBUSY;
     }
     const std::string options = TmpfsOptions(*data);
     return mount(data->name.c_str(), HostPath(*folder).c_str(), "tmpfs", flags, options.c_str()) == 0 ? 0 : errno;
 }
 
-/// The logical path of a mount point, or nothing outside the root.
-std::optional<std::string> LogicalPath(const std::string& real)
+/// The host root as the mount table has it, without links; nothing, and errno, when it is not there.
+std::optional<std::string> RealRoot()
 {
-    const std::string& root = HostRoot();
-    if (IsRealHost() || !real.starts_with(root)) {
-        return IsRealHost() ? std::optional(real) : std::nullopt;
+    const std::unique_ptr<char, void (*)(void*)> root(realpath(HostRoot().c_str(), nullptr), std::free);
+    return root != nullptr ? std::optional<std::string>(root.get()) : std::nullopt;
+}
+
+/// The logical path of the mount point @p real, or nothing outside @p root.
+std::optional<std::string> LogicalPath(const std::string& root, const std::string& real)
+{
+    if (root == "/" || !real.starts_with(root)) {
+        return root == "/" ? std::optional(real) : std::nullopt;
     }
     const std::string rest = real.substr(root.size());
     if (rest.empty()) {
@@ -45,12 +61,17 @@ std::optional<std::string> LogicalPath(const std::string& real)
 }
 }  // namespace
 
-std::vector<MountEntry> HostMounts()
+std::optional<std::vector<MountEntry>> HostMounts()
 {
+    const std::optional<std::string> root = RealRoot();
     const FileHandle table(open(MOUNT_TABLE_FILE, O_RDONLY | O_CLOEXEC));  // this machine's, whatever the root
+    const std::optional<std::string> text = root && table.IsOpen() ? ReadToEnd(table.Get()) : std::nullopt;
+    if (!text) {
+        return std::nullopt;
+    }
     std::vector<MountEntry> inside;
-    for (MountEntry& entry : ParseMountTable(ReadToEnd(table.Get()).value_or(""))) {
-        if (std::optional<std::string> point = LogicalPath(entry.point)) {
+    for (MountEntry& entry : ParseMountTable(*text)) {
+        if (std::optional<std::string> point = LogicalPath(*root, entry.point)) {
             entry.point = *point;
             inside.push_back(std::move(entry));
         }

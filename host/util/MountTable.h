@@ -93,8 +93,9 @@ inline std::vector<MountEntry> ParseMountTable(std::string_view text)
     return entries;
 }
 
-/// The mounts of this machine that are inside the host root, under their logical paths.
-std::vector<MountEntry> HostMounts();
+/// The mounts of this machine that are inside the host root, under their logical paths. Nothing, and errno, when the
+/// mount table or the host root cannot be read.
+std::optional<std::vector<MountEntry>> HostMounts();
 
 /// What is seen at a mount point; null when nothing is mounted there.
 inline const MountEntry* FindMount(const std::vector<MountEntry>& entries, const std::string& point)

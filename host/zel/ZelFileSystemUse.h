@@ -1,6 +1,9 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "ZelTypes.h"
@@ -23,5 +26,6 @@ inline constexpr ZEL_TypeMember ZEL_FILE_SYSTEM_USE_MEMBERS[] = {
     ZEL_MEMBER(ZelFileSystemUse, freeInodes, "", "files that can be made yet"),
 };
 
-/// Asks the file system mounted at the logical path @p point of the running system. @return 0, or an errno.
-int ReadZelFileSystemUse(const std::string& point, ZelFileSystemUse& use);
+/// Asks the file system that is seen at the logical path @p point of the running system. @return 0, or an errno: ENOENT
+/// when @p device is given and the file system is on another one.
+int ReadZelFileSystemUse(const std::string& point, ZelFileSystemUse& use, std::optional<dev_t> device = std::nullopt);

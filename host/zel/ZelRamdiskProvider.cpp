@@ -5,6 +5,7 @@
 #include "CSLogger.h"
 #include "HostUtil.h"
 #include "MountTable.h"
+#include "RemoteMounts.h"
 #include "ZelFileSystemUse.h"
 #include "ZelKernelFolder.h"
 #include "ZelParamList.h"
@@ -39,10 +40,10 @@ constexpr ZEL_TypeMember STATS_MEMBERS[] = {
 };
 constexpr ZEL_Type STATS = ZelStructType<ZEL_RamdiskStats>("ramdiskStats", STATS_MEMBERS);
 
-/// A ramdisk's name becomes a file's name.
+/// A ramdisk's name becomes a file's name, beside those that are about to replace others.
 bool IsRamdiskName(const std::string& name)
 {
-    return ZelIsFileName(name) && name.size() < 128;
+    return ZelIsFileName(name) && name.size() < 128 && !name.starts_with(".new-");
 }
 
 /// A file system in memory that was given a name of its own: those that every host has are mounted from their type.
@@ -59,26 +60,18 @@ std::uint32_t PercentOf(std::uint64_t part, std::uint64_t whole)
     return whole == 0 ? 0 : static_cast<std::uint32_t>((part * 100 + whole - 1) / whole);
 }
 
-/// The mounted ramdisks, their mount points as logical paths.
-std::vector<MountEntry> MountedRamdisks()
-{
-    std::vector<MountEntry> ramdisks;
-    for (MountEntry& entry : HostMounts()) {
-        if (IsRamdisk(entry)) {
-            ramdisks.push_back(std::move(entry));
-        }
-    }
-    return ramdisks;
-}
-
 ORV_ReturnStatus ListRamdisks(const ZEL_ParamList&, std::vector<std::string>& names)
 {
     // Of a host that is not running, only the limits are known.
     if (!IsRealHost()) {
         names = ListKernelFolder(LIMIT_FOLDER);
+        std::erase_if(names, [](const std::string& name) { return !IsRamdiskName(name); });
     }
-    for (const MountEntry& ramdisk : MountedRamdisks()) {
-        names.push_back(ramdisk.source);
+    const std::vector<MountEntry> mounts = HostMounts().value_or(std::vector<MountEntry>());
+    for (const MountEntry& entry : mounts) {
+        if (IsRamdisk(entry)) {
+            names.push_back(entry.source);
+        }
     }
     return ORV_OK;
 }
@@ -98,15 +91,21 @@ FillState StateOf(const std::string& ramdisk, std::uint32_t percent)
     return percent < limit.errorPercent ? FILL_WARNING : FILL_ERROR;
 }
 
-/// Of several ramdisks of one name, the one mounted last.
+/// Of several ramdisks of one name, the one mounted last; none when another file system covers it.
 ORV_ReturnStatus GetRamdiskStats(const ZEL_ParamList& instance, std::string& data)
 {
     const std::string& name = instance.Text(0);
-    const std::vector<MountEntry> ramdisks = MountedRamdisks();
-    const auto isNamed = [&](const MountEntry& entry) { return entry.source == name; };
-    const auto ramdisk = std::find_if(ramdisks.rbegin(), ramdisks.rend(), isNamed);
+    const std::vector<MountEntry> mounts = HostMounts().value_or(std::vector<MountEntry>());
+    const auto isNamed = [&](const MountEntry& entry) { return entry.source == name && IsRamdisk(entry); };
+    const auto ramdisk = std::find_if(mounts.rbegin(), mounts.rend(), isNamed);
+    if (ramdisk == mounts.rend()) {
+        return ORV_NOT_FOUND;
+    }
+    if (!MayBeAskedHowFull(mounts, *ramdisk)) {
+        return ORV_NOT_SUPPORTED;
+    }
     ZelFileSystemUse use = {};
-    if (ramdisk == ramdisks.rend() || ReadZelFileSystemUse(ramdisk->point, use) != 0) {
+    if (ReadZelFileSystemUse(ramdisk->point, use, DeviceNumber(ramdisk->device)) != 0) {
         return ORV_NOT_FOUND;
     }
     const std::uint64_t used = use.totalBytes - use.freeBytes;

@@ -1,10 +1,13 @@
 #include <gmock/gmock.h>
 
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include "HostUtil.h"
@@ -75,6 +78,34 @@ TEST_F(HostMountTest, ARamdiskIsNotMountedOverAnotherMount)
         EXPECT_EQ(HostMount("none", "/mnt/disk", "tmpfs", 0, "size=1m"), 0);
         EXPECT_EQ(HostMount("none", "/mnt/disk", "quenfs", 0, DATA), EBUSY);
         EXPECT_EQ(HostMount("none", "/mnt/./disk/", "quenfs", 0, DATA), EBUSY);
+    });
+    if (!unavailable.empty()) {
+        GTEST_SKIP() << unavailable;
+    }
+}
+
+TEST_F(HostMountTest, ARamdiskIsNotMountedTwiceBelowARootThatIsALink)
+{
+    Host().MakeFolder("/host/mnt/disk");
+    std::filesystem::create_directory_symlink("host", Host().Real("/link"));
+    const std::string unavailable = RunInPrivateNamespace([this] {
+        SetHostRoot(Host().Real("/link"));
+        EXPECT_EQ(HostMount("none", "/mnt/disk", "quenfs", 0, DATA), 0);
+        EXPECT_EQ(HostMount("none", "/mnt/disk", "quenfs", 0, DATA), EBUSY);
+    });
+    if (!unavailable.empty()) {
+        GTEST_SKIP() << unavailable;
+    }
+}
+
+TEST_F(HostMountTest, ARamdiskIsNotMountedWhenNothingTellsWhatIs)
+{
+    Host().MakeFolder("/mnt/disk");
+    const std::string unavailable = RunInPrivateNamespace([this] {
+        ASSERT_EQ(mount("none", "/proc", "tmpfs", 0, nullptr), 0) << std::strerror(errno);
+        EXPECT_EQ(HostMount("none", "/mnt/disk", "quenfs", 0, DATA), ENOENT);
+        EXPECT_EQ(Host().Log(), std::vector<std::string>{"warning Cannot tell from /proc/self/mountinfo what is "
+                                                         "mounted: No such file or directory"});
     });
     if (!unavailable.empty()) {
         GTEST_SKIP() << unavailable;

@@ -93,6 +93,28 @@ TEST_F(ZelRamdiskProvider, AMountedRamdiskIsListedAndMeasuredAgainstItsLimits)
     }
 }
 
+TEST_F(ZelRamdiskProvider, ARamdiskThatAnotherFileSystemCoversIsNotMeasured)
+{
+    Host().MakeFolder("/mnt/disk");
+    const std::string unavailable = RunInPrivateNamespace([] {
+        ASSERT_EQ(HostMount("none", "/mnt/disk", "quenfs", 0, "0,1,0,0,0,00755,disk"), 0);
+        EXPECT_EQ(Read("/system/quenfs/ramdisks/<ramdisk>/stats", {"disk"})["totalBytes"], "1048576");
+        ASSERT_EQ(HostMount("none", "/mnt/disk", "tmpfs", 0, "size=2m"), 0);
+        EXPECT_EQ(Read("/system/quenfs/ramdisks/<ramdisk>/stats", {"disk"}).status, ORV_NOT_FOUND);
+    });
+    if (!unavailable.empty()) {
+        GTEST_SKIP() << unavailable;
+    }
+}
+
+TEST_F(ZelRamdiskProvider, LimitsThatAreJustBeingSetAreNoRamdisk)
+{
+    EXPECT_EQ(SetLimits("disk", 50, 75), ORV_OK);
+    Host().WriteFile("/var/run/talvor/zel/memUsageLimit/.new-a1B2c3", "50");
+    EXPECT_THAT(Instances("/system/quenfs/ramdisks"), testing::ElementsAre("disk"));
+    EXPECT_EQ(SetLimits(".new-a1B2c3", 50, 75), ORV_BAD_PARAM);
+}
+
 TEST_F(ZelRamdiskProvider, FileSystemsInMemoryWithoutANameAreNoRamdisks)
 {
     Host().MakeFolder("/mnt/disk");
