@@ -21,8 +21,8 @@ constexpr ZEL_Type POLICY = ZelStructType<PowerPolicy>("powerPolicy", POLICY_MEM
 struct SupplyStatus
 {
     std::uint64_t voltageMicrovolts;
-    std::uint64_t currentMicroamperes;
-    std::uint64_t powerMicrowatts;
+    std::int64_t currentMicroamperes;
+    std::int64_t powerMicrowatts;
     std::uint32_t capacityPercent;
     bool online;
     bool present;
@@ -32,8 +32,8 @@ struct SupplyStatus
 };
 constexpr ZEL_TypeMember STATUS_MEMBERS[] = {
     ZEL_MEMBER(SupplyStatus, voltageMicrovolts, "uV", "voltage now"),
-    ZEL_MEMBER(SupplyStatus, currentMicroamperes, "uA", "current now"),
-    ZEL_MEMBER(SupplyStatus, powerMicrowatts, "uW", "power now"),
+    ZEL_MEMBER(SupplyStatus, currentMicroamperes, "uA", "current now; many a battery that discharges gives it below 0"),
+    ZEL_MEMBER(SupplyStatus, powerMicrowatts, "uW", "power now; below 0 like the current"),
     ZEL_MEMBER(SupplyStatus, capacityPercent, "percent", "charge of a battery"),
     ZEL_MEMBER(SupplyStatus, online, "", "whether it supplies the host"),
     ZEL_MEMBER(SupplyStatus, present, "", "whether a battery is there"),
@@ -53,7 +53,8 @@ ORV_ReturnStatus GetPolicy(const ZEL_ParamList&, std::string& data)
     ZelFillText(policy.memorySleep, power.Text("mem_sleep"));
     ZelFillText(policy.frequencyDriver, ZelKernelFolder("/sys/devices/system/cpu/cpu0/cpufreq").Text("scaling_driver"));
     data = ZelBytesOf(policy);
-    return ORV_OK;
+    const bool told = policy.sleepStates[0] != 0 || policy.memorySleep[0] != 0 || policy.frequencyDriver[0] != 0;
+    return told ? ORV_OK : ORV_NOT_SUPPORTED;
 }
 
 ORV_ReturnStatus ListSupplies(const ZEL_ParamList&, std::vector<std::string>& names)
@@ -70,8 +71,8 @@ ORV_ReturnStatus GetSupplyStatus(const ZEL_ParamList& instance, std::string& dat
         return ORV_NOT_FOUND;
     }
     SupplyStatus status = {.voltageMicrovolts = supply.Value("voltage_now"),
-                           .currentMicroamperes = supply.Value("current_now"),
-                           .powerMicrowatts = supply.Value("power_now"),
+                           .currentMicroamperes = supply.Value<std::int64_t>("current_now"),
+                           .powerMicrowatts = supply.Value<std::int64_t>("power_now"),
                            .capacityPercent = supply.Value<std::uint32_t>("capacity"),
                            .online = supply.Flag("online"),
                            .present = supply.Flag("present"),

@@ -1,3 +1,6 @@
+#include <sys/utsname.h>
+
+#include "HostUtil.h"
 #include "ZelKernelFolder.h"
 #include "ZelProviders.h"
 #include "ZelTypes.h"
@@ -31,6 +34,14 @@ ORV_ReturnStatus GetUpTime(const ZEL_ParamList&, std::string& data)
     return ORV_OK;
 }
 
+/// Kernels before 6.1 do not tell it in a file. The system call answers for the running kernel, and so for no capture.
+std::string Architecture(const ZelKernelFolder& kernel)
+{
+    const std::string told = kernel.Text("arch");
+    utsname names = {};
+    return told.empty() && IsRealHost() && uname(&names) == 0 ? names.machine : told;
+}
+
 ORV_ReturnStatus GetVersion(const ZEL_ParamList&, std::string& data)
 {
     const ZelKernelFolder kernel(KERNEL_FOLDER);
@@ -41,7 +52,7 @@ ORV_ReturnStatus GetVersion(const ZEL_ParamList&, std::string& data)
     ZelFillText(version.system, kernel.Text("ostype"));
     ZelFillText(version.release, kernel.Text("osrelease"));
     ZelFillText(version.build, kernel.Text("version"));
-    ZelFillText(version.machine, kernel.Text("arch"));
+    ZelFillText(version.machine, Architecture(kernel));
     data = ZelBytesOf(version);
     return ORV_OK;
 }

@@ -30,7 +30,7 @@ TEST_F(ZelCapturedKernel, TheSystemIsRead)
 TEST_F(ZelCapturedKernel, WhatTheCaptureDoesNotHoldIsNotSupported)
 {
     for (const char* path : {"/system/upTime", "/system/version", "/system/hostName", "/memory/stats", "/sched/load",
-                             "/hardware/cpu/summary"}) {
+                             "/hardware/cpu/summary", "/power/policy"}) {
         EXPECT_EQ(Read(path).status, ORV_NOT_SUPPORTED) << path;
     }
     for (const char* path : {"/net/interfaces", "/storage/devices", "/storage/mounts", "/sched/processes",
@@ -189,11 +189,13 @@ TEST_F(ZelCapturedKernel, PowerSuppliesAreRead)
     const std::string battery = "/sys/class/power_supply/BAT0/";
     Host().WriteFile(battery + "type", "Battery\n").WriteFile(battery + "capacity", "87\n");
     Host().WriteFile(battery + "status", "Not charging\n").WriteFile(battery + "voltage_now", "12000000\n");
+    Host().WriteFile(battery + "current_now", "-512000\n").WriteFile(battery + "power_now", "-6144000\n");
     Host().WriteFile("/sys/power/state", "freeze mem\n");
     EXPECT_THAT(Instances("/power/supplies"), ElementsAre("BAT0"));
     const Reading status = Read("/power/supplies/<supply>/status", {"BAT0"});
     EXPECT_EQ(status["kind"] + " " + status["capacityPercent"] + " " + status["status"], "Battery 87 Not charging");
     EXPECT_EQ(status["voltageMicrovolts"], "12000000");
+    EXPECT_EQ(status["currentMicroamperes"] + " " + status["powerMicrowatts"], "-512000 -6144000");
     EXPECT_EQ(Read("/power/policy")["sleepStates"], "freeze mem");
 }
 
