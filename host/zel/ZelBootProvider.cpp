@@ -1,7 +1,6 @@
 #include <sys/stat.h>
 
 #include <charconv>
-#include <filesystem>
 #include <optional>
 
 #include "CSLogger.h"
@@ -9,6 +8,7 @@
 #include "KernelFile.h"
 #include "MountTable.h"
 #include "ZelBootWords.h"
+#include "ZelDeviceNames.h"
 #include "ZelKernelFacts.h"
 #include "ZelProviders.h"
 #include "ZelTypes.h"
@@ -69,21 +69,18 @@ bool BytesOfHex(const std::string& hex, std::string& bytes)
     return true;
 }
 
-/// The name under which the system lists the block device @p source among the file systems with a UUID.
-std::string UuidOfDevice(const std::string& source)
+/// The name under which the system lists what is mounted among the file systems with a UUID.
+std::string UuidOf(const MountEntry& entry)
 {
-    struct stat device = {};
-    if (stat(HostPath(source).c_str(), &device) != 0 || !S_ISBLK(device.st_mode)) {
-        return "";
+    const std::string folder = HostPath("/dev/disk/by-uuid");
+    // The name of the source need not stand under /dev: that of a root which the kernel mounted itself is /dev/root.
+    std::string uuid = NameOfDevice(folder, DeviceNumber(entry.device));
+    struct stat source = {};
+    if (!uuid.empty() || !entry.source.starts_with("/dev/") || stat(HostPath(entry.source).c_str(), &source) != 0) {
+        return uuid;
     }
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(HostPath("/dev/disk/by-uuid"), error)) {
-        struct stat listed = {};
-        if (stat(entry.path().c_str(), &listed) == 0 && listed.st_rdev == device.st_rdev) {
-            return entry.path().filename().string();
-        }
-    }
-    return "";
+    // File systems that may span devices have a number of their own.
+    return S_ISBLK(source.st_mode) ? NameOfDevice(folder, source.st_rdev) : "";
 }
 
 ORV_ReturnStatus GetBootCmdLine(const ZEL_ParamList&, std::string& data)
@@ -127,7 +124,7 @@ ORV_ReturnStatus GetBootFileSystemUuid(const ZEL_ParamList&, std::string& data)
     // A boot file system of its own goes before the one that everything else is on.
     for (const char* mountPoint : {"/boot", "/"}) {
         const MountEntry* entry = FindMount(mounts, mountPoint);
-        data = entry != nullptr && entry->source.starts_with("/dev/") ? UuidOfDevice(entry->source) : "";
+        data = entry != nullptr ? UuidOf(*entry) : "";
         if (!data.empty()) {
             break;
         }

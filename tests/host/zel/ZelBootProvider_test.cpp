@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <sys/sysmacros.h>
+
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -8,6 +10,7 @@
 #include "TestHost.h"
 #include "ZEL.h"
 #include "ZelBootWords.h"
+#include "ZelDeviceNames.h"
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -117,6 +120,20 @@ TEST(ZelRealHost, TheBootFileSystemIsAnsweredWithOrWithoutAUuid)
     std::string text = "unanswered";
     EXPECT_EQ(Get(ZEL_NODE_system_bootFsUUID, text), ORV_OK);
     EXPECT_TRUE(text.empty() || std::filesystem::exists("/dev/disk/by-uuid/" + text)) << text;
+}
+
+TEST_F(ZelBootProviders, ADeviceIsFoundByItsNumberAmongLinks)
+{
+    Host().MakeFolder("/by-uuid");
+    std::filesystem::create_symlink("/dev/no-such", Host().Real("/by-uuid/0000-0000"));
+    std::filesystem::create_symlink("/dev/null", Host().Real("/by-uuid/1111-1111"));
+    std::filesystem::create_symlink("/dev/zero", Host().Real("/by-uuid/2222-2222"));
+    Host().WriteFile("/by-uuid/3333-3333", "no device");
+    EXPECT_EQ(NameOfDevice(Host().Real("/by-uuid"), makedev(1, 3)), "1111-1111");
+    EXPECT_EQ(NameOfDevice(Host().Real("/by-uuid"), makedev(1, 5)), "2222-2222");
+    EXPECT_EQ(NameOfDevice(Host().Real("/by-uuid"), makedev(1, 250)), "");
+    EXPECT_EQ(NameOfDevice(Host().Real("/by-uuid"), 0), "");
+    EXPECT_EQ(NameOfDevice(Host().Real("/missing"), makedev(1, 3)), "");
 }
 
 TEST(ZelBootWords, TheBootMacIsTakenFromTheBootInterfaceWord)
