@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "ConfigStoreDocument.h"
@@ -74,23 +75,24 @@ CallWatch::CallWatch() : log_(LOG_FILE), events_(EVENT_FILE)
 
 std::vector<std::string> CallWatch::ErrorLines()
 {
-    return LinesOf("error");
+    return LinesOf({"error"});
 }
 
-std::vector<std::string> CallWatch::WarningLines()
+std::vector<std::string> CallWatch::ErrorAndWarningLines()
 {
-    return LinesOf("warning");
+    return LinesOf({"error", "warning"});
 }
 
-std::vector<std::string> CallWatch::LinesOf(const std::string& level)
+std::vector<std::string> CallWatch::LinesOf(const std::vector<std::string>& levels)
 {
-    std::vector<std::string> lines;
+    std::vector<std::string> texts;
     for (const std::string& line : NewLinesIfReadable(log_)) {
-        if (std::optional<OwnLogLine> own = ParseOwnLogLine(line); own && own->level == level) {
-            lines.push_back(std::move(own->text));
+        std::optional<OwnLogLine> own = ParseOwnLogLine(line);
+        if (own && std::find(levels.begin(), levels.end(), own->level) != levels.end()) {
+            texts.push_back(std::move(own->text));
         }
     }
-    return lines;
+    return texts;
 }
 
 std::string CallWatch::Errors()

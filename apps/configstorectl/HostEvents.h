@@ -33,11 +33,11 @@ class CallWatch
 public:
     CallWatch();
 
-    /// The error lines that this process logged, one by one and joined, and its warnings; empty when there are none.
-    /// Asking for one kind passes over the other.
+    /// The error lines that this process logged, one by one and joined, or its errors and warnings in their order;
+    /// empty when there are none. Each call passes over all lines that there are.
     std::vector<std::string> ErrorLines();
     std::string Errors();
-    std::vector<std::string> WarningLines();
+    std::vector<std::string> ErrorAndWarningLines();
 
     /// The events raised, by any process.
     std::vector<HostEvent> Events();
@@ -46,7 +46,7 @@ public:
     void ThrowErrors(const std::string& otherwise = "");
 
 private:
-    std::vector<std::string> LinesOf(const std::string& level);
+    std::vector<std::string> LinesOf(const std::vector<std::string>& levels);
 
     LineTail log_;
     LineTail events_;

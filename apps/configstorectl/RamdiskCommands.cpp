@@ -19,6 +19,14 @@ bool ReadRamdisk(ZEL_NodeID leaf, const char* ramdisk, Data& data)
            ZEL_Get(leaf, instance.get(), &data, sizeof data) == ORV_OK;
 }
 
+/// Why a step failed is in the log alone, beside the failure that the library reports.
+std::string Reasons(CallWatch& watch)
+{
+    std::vector<std::string> lines = watch.ErrorAndWarningLines();
+    std::erase_if(lines, [](const std::string& line) { return line.starts_with("CONFIGSTORE:"); });
+    return lines.empty() ? "" : ": " + Joined(lines);
+}
+
 std::vector<Field> RamdiskRow(const char* ramdisk)
 {
     ZEL_RamdiskStats stats = {};
@@ -38,9 +46,7 @@ void RamdiskSetup(const Arguments&, Output& output)
     try {
         NimbConfigStore::SetupStoreRamDisk();
     } catch (const NimbConfigStore::ConfigStoreException& failure) {
-        // Why a mount failed is in the log alone.
-        const std::string reasons = Joined(watch.WarningLines());
-        throw std::runtime_error(failure.what() + (reasons.empty() ? "" : ": " + reasons));
+        throw std::runtime_error(failure.what() + Reasons(watch));
     }
     Listing listing{{{"RAMDISK", "ramdisk"},
                      {"MOUNT POINT", "mountPoint"},

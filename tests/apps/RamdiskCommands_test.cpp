@@ -27,3 +27,16 @@ TEST_F(RamdiskCommandsTest, SetupSaysWhichRamdiskCouldNotBeMountedAndWhy)
                   "ramdisk setup: Failed to reserve memory for ConfigStore: Cannot mount a ramdisk at "
                   "/etc/talvor/configstore: No such file or directory");
 }
+
+TEST_F(RamdiskCommandsTest, SetupSaysWhyTheLimitsAreNotKept)
+{
+    Host().WriteFile("/var/run/talvor/zel", "a file where the folder should be");
+    const std::string unavailable = RunInPrivateNamespace([&] {
+        ExpectFailure({"ramdisk", "setup"},
+                      "ramdisk setup: Failed to set warning and error usage limits: Cannot keep the usage limits of "
+                      "ramdisk configstore in /var/run/talvor/zel/memUsageLimit: Not a directory");
+    });
+    if (!unavailable.empty()) {
+        GTEST_SKIP() << unavailable;
+    }
+}
