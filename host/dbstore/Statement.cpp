@@ -70,7 +70,10 @@ int Statement::Run(RowCallback callback, void* context)
 int Statement::RunForText(std::string& text)
 {
     const ResetAfterwards reset(handle_, bindFailed_);
-    const int result = bindFailed_ ? SQLITE_MISUSE : sqlite3_step(handle_);
+    if (bindFailed_) {
+        return FAILURE;
+    }
+    const int result = sqlite3_step(handle_);
     if (result == SQLITE_ROW && sqlite3_column_type(handle_, 0) != SQLITE_NULL) {
         const unsigned char* bytes = sqlite3_column_text(handle_, 0);
         text.assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(sqlite3_column_bytes(handle_, 0)));

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 
 #include "TestHost.h"
 
@@ -13,6 +14,27 @@ class KeyValueTest : public HostTest
 {
 protected:
     KeyValueTest() { Host().WithStores(); }
+};
+
+/// Databases opened while it exists take no text of more than 10000 bytes.
+class ShortTexts
+{
+public:
+    ShortTexts() { sqlite3_auto_extension(Entry()); }
+    ~ShortTexts() { sqlite3_cancel_auto_extension(Entry()); }
+    ShortTexts(const ShortTexts&) = delete;
+    ShortTexts& operator=(const ShortTexts&) = delete;
+
+private:
+    static int Bound(sqlite3* database, const char**, const void*)
+    {
+        sqlite3_limit(database, SQLITE_LIMIT_LENGTH, 10000);
+        return SQLITE_OK;
+    }
+
+    // SQLite declares the entry without parameters and calls it with those of an extension's.
+    using AutoExtension = void (*)();
+    static AutoExtension Entry() { return reinterpret_cast<AutoExtension>(Bound); }
 };
 }  // namespace
 
@@ -73,6 +95,15 @@ TEST_F(KeyValueTest, AnEntryThatCannotBeReadIsAFailure)
     EXPECT_EQ(DBStore::ReadKeyValue("k", &value, nullptr), DBStore::FAILURE);
     EXPECT_EQ(value, "");
     EXPECT_THAT(Host().Log(), ElementsAre(HasSubstr("no such table: KeyValue")));
+}
+
+TEST_F(KeyValueTest, AKeyThatTheDatabaseDoesNotTakeIsAFailureWithOneLine)
+{
+    const ShortTexts bound;
+    std::string value = "old";
+    const ConnectionPtr connection = DBStore::GetConnection(DBStore::Type::ConfigStore, true);
+    EXPECT_EQ(DBStore::ReadKeyValue(std::string(20000, 'k'), &value, connection), DBStore::FAILURE);
+    EXPECT_THAT(Host().Log(), ElementsAre(HasSubstr("string or blob too big")));
 }
 
 TEST_F(KeyValueTest, OnlyTheConfigStoreHasEntries)
