@@ -77,6 +77,8 @@ int AttachSchemaStore(const ConnectionPtr& connection);
 int DetachSchemaStore(const ConnectionPtr& connection);
 
 /// BEGIN IMMEDIATE: the write lock is held from here on. A second Begin on the same connection fails.
+/// The database may roll the transaction back by itself, when the disk is full or fails. Every statement that runs on
+/// the connection then fails, a Commit and another Begin too, until CancelTransaction; the loss is logged once.
 int BeginTransaction(const ConnectionPtr& connection);
 /// Durable on success; after a failure the transaction may still be open, and is to be cancelled.
 int CommitTransaction(const ConnectionPtr& connection);

@@ -4,6 +4,7 @@
 #include <map>
 #include <string_view>
 #include <tuple>
+#include <utility>
 
 #include "CSLogger.h"
 #include "HostUtil.h"
@@ -126,6 +127,21 @@ void StoreConnection::SetWaitLimit(int milliseconds)
         sqlite3_busy_timeout(database_.get(), milliseconds);
         waitLimitMs_ = milliseconds;
     }
+}
+
+void StoreConnection::SetInTransaction(bool inTransaction)
+{
+    inTransaction_ = inTransaction;
+    lossLogged_ = false;
+}
+
+bool StoreConnection::LogLostTransaction()
+{
+    if (!std::exchange(lossLogged_, true)) {
+        CSLogger::Log(CSLogger::ERROR,
+                      "Store transaction lost: the database rolled it back, nothing more of it is run");
+    }
+    return true;
 }
 
 PreparedStatement StoreConnection::Take(const std::string& sql)

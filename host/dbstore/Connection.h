@@ -50,6 +50,16 @@ public:
     sqlite3* Database() const { return database_.get(); }
     void SetWaitLimit(int milliseconds);
 
+    /// Says where a transaction of the users begins and where it ends.
+    void SetInTransaction(bool inTransaction);
+
+    /// True from when the database has rolled a transaction back by itself, as SQLite does when the disk is full or
+    /// fails, until the transaction's end: what ran now would be committed at once. The first to ask is logged.
+    bool HasLostTransaction()
+    {
+        return inTransaction_ && sqlite3_get_autocommit(database_.get()) != 0 && LogLostTransaction();
+    }
+
     /// True when the file was removed or replaced since it was opened.
     bool HasMoved() const;
 
@@ -61,10 +71,13 @@ public:
 
 private:
     PreparedStatement PrepareAnew(const std::string& sql);
+    bool LogLostTransaction();
 
     DatabaseHandle database_;
     int waitLimitMs_ = WAIT_LIMIT_MS;  // Configure sets it
-    StatementMap idle_;                // destroyed, so finalised, before the database closes
+    bool inTransaction_ = false;
+    bool lossLogged_ = false;
+    StatementMap idle_;  // destroyed, so finalised, before the database closes
 };
 
 /// One line at priority 0; a very long statement is cut.

@@ -64,13 +64,13 @@ bool Statement::BindNothing(int index)
 int Statement::Run(RowCallback callback, void* context)
 {
     const ResetAfterwards reset(handle_, bindFailed_);
-    return bindFailed_ ? FAILURE : Step(callback, context);
+    return MayRun() ? Step(callback, context) : FAILURE;
 }
 
 int Statement::RunForText(std::string& text)
 {
     const ResetAfterwards reset(handle_, bindFailed_);
-    if (bindFailed_) {
+    if (!MayRun()) {
         return FAILURE;
     }
     const int result = sqlite3_step(handle_);

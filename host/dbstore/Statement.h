@@ -30,6 +30,7 @@ public:
 
 private:
     bool Bound(int result);
+    bool MayRun() const { return !bindFailed_ && !connection_->HasLostTransaction(); }
     int Step(RowCallback callback, void* context);
     bool HandOver(RowCallback callback, void* context);
 

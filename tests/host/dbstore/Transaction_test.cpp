@@ -4,6 +4,7 @@
 
 #include <chrono>
 
+#include "FileSizeLimit.h"
 #include "TestHost.h"
 
 using DBStore::ConnectionPtr;
@@ -17,6 +18,27 @@ namespace
 {
 class TransactionTest : public HostTest
 {};
+
+/// A transaction that wrote something and then met a disk that fails.
+class LostTransactionTest : public TransactionTest
+{
+protected:
+    LostTransactionTest()
+    {
+        Host().WithStores();
+        Host().Sql("INSERT INTO KeyValue VALUES ('earlier', 'kept')");
+        connection_ = GetConnection(Type::ConfigStore, true);
+        EXPECT_EQ(DBStore::BeginTransaction(connection_), DBStore::SUCCESS);
+        EXPECT_EQ(DBStore::WriteKeyValue("earlier", "changed", connection_), DBStore::SUCCESS);
+        const FileSizeLimit limit(1 << 20);
+        EXPECT_EQ(DBStore::WriteKeyValue("large", std::string(8 << 20, 'v'), connection_), DBStore::FAILURE);
+    }
+
+    const ConnectionPtr& Connection() const { return connection_; }
+
+private:
+    ConnectionPtr connection_;
+};
 
 /// Another process that creates the stores, holds the config store's write lock until it is told to let go, and
 /// then commits. It must be started before this process touches the database.
@@ -126,6 +148,36 @@ TEST_F(TransactionTest, WithNoTransactionOpenCommitFailsAndCancelSucceeds)
     EXPECT_THAT(Host().Log(), IsEmpty());
     EXPECT_EQ(DBStore::CommitTransaction(connection), DBStore::FAILURE);
     EXPECT_THAT(Host().Log(), ElementsAre(HasSubstr("no transaction is active")));
+}
+
+TEST_F(LostTransactionTest, EveryFurtherStatementFailsAndNothingIsStored)
+{
+    std::string value = "old";
+    EXPECT_EQ(DBStore::WriteKeyValue("k", "v", Connection()), DBStore::FAILURE);
+    EXPECT_EQ(DBStore::ReadKeyValue("earlier", &value, Connection()), DBStore::FAILURE);
+    EXPECT_EQ(DBStore::Execute(Connection(), "DELETE FROM KeyValue", 0), DBStore::FAILURE);
+    EXPECT_EQ(DBStore::BeginTransaction(Connection()), DBStore::FAILURE);
+    EXPECT_EQ(DBStore::CommitTransaction(Connection()), DBStore::FAILURE);
+    EXPECT_EQ(DBStore::WriteKeyValue("k", "after the commit", Connection()), DBStore::FAILURE);
+    EXPECT_THAT(Host().Sql("SELECT * FROM KeyValue"), ElementsAre(Row{"earlier", "kept"}));
+}
+
+TEST_F(LostTransactionTest, TheLossIsLoggedOnceAfterItsReason)
+{
+    EXPECT_EQ(DBStore::WriteKeyValue("k", "v", Connection()), DBStore::FAILURE);
+    EXPECT_EQ(DBStore::CommitTransaction(Connection()), DBStore::FAILURE);
+    EXPECT_THAT(Host().Log(), ElementsAre(HasSubstr("disk I/O error"), HasSubstr("transaction lost")));
+}
+
+TEST_F(LostTransactionTest, ACancelEndsItAndTheNextTransactionIsWhole)
+{
+    EXPECT_EQ(DBStore::CancelTransaction(Connection()), DBStore::SUCCESS);
+    EXPECT_EQ(DBStore::BeginTransaction(Connection()), DBStore::SUCCESS);
+    EXPECT_EQ(DBStore::WriteKeyValue("k", "v", Connection()), DBStore::SUCCESS);
+    EXPECT_EQ(DBStore::CommitTransaction(Connection()), DBStore::SUCCESS);
+    EXPECT_EQ(DBStore::WriteKeyValue("l", "outside", Connection()), DBStore::SUCCESS);
+    EXPECT_EQ(Host().SqlValue("SELECT COUNT(*) FROM KeyValue"), "3");
+    EXPECT_THAT(Host().Log(), ElementsAre(HasSubstr("disk I/O error")));
 }
 
 TEST_F(TransactionTest, BeginTakesTheWriteLockAtOnce)
