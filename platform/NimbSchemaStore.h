@@ -125,13 +125,15 @@ SchemaObjectPtr GetSchema(const std::string& component, const std::string& group
 /// @param schemaId  the file's identifier (package name, "-", package version).
 /// @throws ConfigStoreException 2000 naming the element and the member when the element does not keep to the
 ///         format or its schema is unusable (dangling or cyclic reference, pattern that does not compile, keyword
-///         that nobody implements); nothing of the element is then registered.
+///         that nobody implements); nothing of the element is then registered. 2000 too when a write fails, and for
+///         every further element once a failure (a full disk, say) has made the database undo the run.
 void SetSchema(const std::string& schemaId, const std::string& component, const std::string& group,
                const std::string& key, const std::string& schemaJson, const SchemaStorePtr& store, bool hasSmartnic);
 
 /// Ends a registration run: drops the schemas of packages that @p expectedIds no longer declares, but keeps the last
-/// good schemas of a package whose new version registered nothing in this run; drops nothing when @p expectedIds is
-/// empty. Then commits. @throws ConfigStoreException 2000 when that fails; the previous run's schemas then stand.
+/// good schemas of a package whose new version registered nothing in this run, or not all that it tried; drops nothing
+/// when @p expectedIds is empty. Then commits. @throws ConfigStoreException 2000 when that fails or the database has
+/// undone the run; the previous run's schemas then stand.
 void RemoveUndeclaredSchemas(const std::unordered_set<std::string>& expectedIds, const SchemaStorePtr& store);
 
 /// Builds the one schema that covers a whole desired document: every object that @p desired mentions must be known

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <utility>
 
 #include "ConfigStoreException.h"
@@ -80,17 +79,16 @@ void RegistrationRun::Register(const std::string& schemaId, const SchemaObjectId
                                bool hasSmartnic)
 {
     RequireOpen();
-    std::optional<SchemaElement> element;
     try {
-        element = ReadSchemaElement(id, json, VersionOf(schemaId));
-        if (hasSmartnic == element->placement.empty()) {
+        const SchemaElement element = ReadSchemaElement(id, json, VersionOf(schemaId));
+        if (hasSmartnic == element.placement.empty()) {
             Fail("Schema element " + id.toString() + ": member \"smartnic\" does not match the call");
         }
-    } catch (const ConfigStoreException&) {
-        refused_.insert(schemaId);
+        Write(schemaId, id, json, element);
+    } catch (...) {
+        failed_.insert(schemaId);
         throw;
     }
-    Write(schemaId, id, json, *element);
     registered_.insert(schemaId);
 }
 
@@ -138,7 +136,7 @@ std::set<std::string> RegistrationRun::StoredSchemaIds()
 
 bool RegistrationRun::IsComplete(const std::string& schemaId) const
 {
-    return registered_.count(schemaId) != 0 && refused_.count(schemaId) == 0;
+    return registered_.count(schemaId) != 0 && failed_.count(schemaId) == 0;
 }
 
 /// A package that is still declared keeps its last good schemas until a newer file of it has registered.

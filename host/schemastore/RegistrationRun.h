@@ -39,6 +39,6 @@ private:
     DBStore::ConnectionPtr connection_;
     bool open_ = true;
     std::set<std::string> registered_;  ///< identifiers that registered something in this run
-    std::set<std::string> refused_;     ///< identifiers with an element that was refused
+    std::set<std::string> failed_;      ///< identifiers with an element that was refused or could not be written
 };
 }  // namespace NimbSchemaStore

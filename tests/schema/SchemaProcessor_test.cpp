@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "FileSizeLimit.h"
 #include "NimbConfigStore.h"
 #include "StoreFault.h"
 #include "TestHost.h"
@@ -57,6 +58,17 @@ protected:
             keys.push_back(row[0].value_or("NULL"));
         }
         return keys;
+    }
+
+    /// "key of identifier" of each object.
+    std::vector<std::string> RegisteredFor()
+    {
+        std::vector<std::string> texts;
+        for (const Row& row : Host().Sql("SELECT Name || ' of ' || SchemaId FROM ConfigSchema ORDER BY Name",
+                                         DBStore::Type::SchemaStore)) {
+            texts.push_back(row[0].value_or("NULL"));
+        }
+        return texts;
     }
 };
 
@@ -221,6 +233,43 @@ TEST_F(SchemaProcessorTest, ARunThatCannotBeCommittedLeavesThePreviousSchemas)
         EXPECT_FALSE(ProcessSchemas({}));
     }
     EXPECT_THAT(Registered(), IsEmpty());
+}
+
+TEST_F(SchemaProcessorTest, ADiskThatFillsUpInTheMiddleLeavesExactlyThePreviousSchemas)
+{
+    Host().WithSchemaFile("net", "1.0.0_0.1", "[" + Element("dns") + "," + Element("ntp") + "]");
+    Host().WithPackage("small", "1.0.0_0.1");
+    ASSERT_TRUE(ProcessSchemas({"net-1.0.0_0.1"}));
+    const std::string large = R"("description": ")" + std::string(8 << 20, 'x') + '"';
+    Host().WithSchemaFile("net", "1.1.0_0.1", "[" + Element("dns", R"("dspIntegrated": true)") + "]");
+    Host().WithPackage("large", "1.0.5_0.1", "[" + Element("large", large) + "]");
+    Host().WithPackage("small", "1.0.0_0.1", "[" + Element("small") + "]");
+    {
+        const FileSizeLimit limit(3 << 20);
+        EXPECT_FALSE(ProcessSchemas({"net-1.1.0_0.1"}));
+    }
+    EXPECT_THAT(RegisteredFor(), ElementsAre("dns of net-1.0.0_0.1", "ntp of net-1.0.0_0.1"));
+    EXPECT_THAT(Host().Log(),
+                Contains("error [SchemaProcessor] Error processing schemas - 'Failed to read the schema store'."));
+}
+
+TEST_F(SchemaProcessorTest, AFileThatIsNotWrittenWholeLeavesTheSchemasThatItDidNotReplace)
+{
+    const std::string shared = R"("smartnic": {"schema": "nimb-shared"})";
+    const std::string data = "[" + Element("a") + "," + Element("b", shared) + "," + Element("c") + "]";
+    Host().WithSchemaFile("net", "1.0.0_0.1", data);
+    Host().WithPackage("other", "1.0.0_0.1");
+    ASSERT_TRUE(ProcessSchemas({"net-1.0.0_0.1"}));
+    Host().WithSchemaFile("net", "1.1.0_0.1", data);
+    {
+        const StoreFault fault(SQLITE_INSERT, "SmartnicSchema");
+        EXPECT_FALSE(ProcessSchemas({"net-1.1.0_0.1"}));
+    }
+    EXPECT_THAT(Registered(), ElementsAre("a", "b", "c"));
+    EXPECT_EQ(Host().SqlValue("SELECT count(*) FROM SmartnicSchema", DBStore::Type::SchemaStore), "1");
+    EXPECT_THAT(Host().Events(), ElementsAre(FileEvent("net-1.1.0_0.1.json")));
+    EXPECT_TRUE(ProcessSchemas({"net-1.1.0_0.1"}));
+    EXPECT_THAT(RegisteredFor(), ElementsAre("a of net-1.1.0_0.1", "b of net-1.1.0_0.1", "c of net-1.1.0_0.1"));
 }
 
 TEST_F(SchemaProcessorTest, AnImageThatCannotBeReadIsTheCallersMatter)
