@@ -1,5 +1,6 @@
 #include <cstddef>
 #include <cstdlib>
+#include <new>
 #include <set>
 
 #include "CSLogger.h"
@@ -158,6 +159,8 @@ DefaultEntry ReadEntry(JsonValue& element, JsonAllocator& allocator, const Defau
     DefaultEntry entry;
     try {
         FillEntry(entry, element, allocator, run, errors);
+    } catch (const std::bad_alloc&) {
+        throw;  // no mistake of the element: it would be dropped from the defaults
     } catch (const std::exception& error) {
         errors.Add(entry.id, "", error.what());
     }
@@ -246,6 +249,8 @@ bool RebuildDefaultConfig(bool nimbio)
     std::list<SchemaFile> files = OrderSchemaFiles(*names, DEFAULT_CONFIG_FOLDER, versioning);
     const DefaultConfigRun run{GetDBConnection(DBStore::Type::ConfigStore, true),
                                NimbSchemaStore::SchemaStore::GetStore(false), nimbio, versioning};
+    // Before the table is emptied: a schema store that cannot be read would make every entry an entry with errors.
+    (void)run.schemas->GetCache();
     StoreTransaction transaction(run.connection);
     if (!transaction.IsOpen()) {
         throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to begin default config transaction");

@@ -300,7 +300,8 @@ TEST_P(FailingStore, LeavesTheTableAsItWas)
 
 INSTANTIATE_TEST_SUITE_P(
     DefaultConfig, FailingStore,
-    testing::Values(Fault{SQLITE_TRANSACTION, "BEGIN", "Failed to begin default config transaction"},
+    testing::Values(Fault{SQLITE_READ, "ConfigSchema", "Failed to read the schema store"},
+                    Fault{SQLITE_TRANSACTION, "BEGIN", "Failed to begin default config transaction"},
                     Fault{SQLITE_DELETE, "DefaultConfig", "Failed to cleanup default config"},
                     Fault{SQLITE_INSERT, "DefaultConfig", "Failed to write default config for nimb/network/dns/"},
                     Fault{SQLITE_TRANSACTION, "COMMIT", "Failed to commit default config"}));
