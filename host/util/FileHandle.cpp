@@ -37,6 +37,8 @@ bool FileHandle::TakeBack(std::size_t written) const
 {
     struct stat status = {};
     const off_t end = lseek(descriptor_, 0, SEEK_CUR);
+    const off_t begin = end - static_cast<off_t>(written);
+    // The place of the next write goes back too: the standard error stream need not be open for appending.
     return written > 0 && fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode) && status.st_size == end &&
-           ftruncate(descriptor_, end - static_cast<off_t>(written)) == 0;
+           ftruncate(descriptor_, begin) == 0 && lseek(descriptor_, begin, SEEK_SET) == begin;
 }

@@ -33,7 +33,7 @@ public:
     /// One write for the whole text when the system takes it whole, as it does for files. False and errno on failure.
     bool WriteAll(std::string_view text) const { return Write(text) == text.size(); }
 
-    /// The same at the end of a file opened for appending, which on failure does not keep a part of the text.
+    /// The same at the end of a file, which on failure does not keep a part of the text.
     bool AppendAll(std::string_view text) const;
 
 private:

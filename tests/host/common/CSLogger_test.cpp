@@ -1,5 +1,6 @@
 #include "CSLogger.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -35,6 +36,28 @@ std::vector<std::string> Lines(const std::string& text)
     }
     return lines;
 }
+
+// The standard error stream is this file while it exists, as with "2>file" at a shell.
+class StandardErrorFile
+{
+public:
+    explicit StandardErrorFile(const std::string& path) : before_(dup(STDERR_FILENO))
+    {
+        const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        dup2(file, STDERR_FILENO);
+        close(file);
+    }
+    ~StandardErrorFile()
+    {
+        dup2(before_, STDERR_FILENO);
+        close(before_);
+    }
+    StandardErrorFile(const StandardErrorFile&) = delete;
+    StandardErrorFile& operator=(const StandardErrorFile&) = delete;
+
+private:
+    int before_;
+};
 
 // Runs @p work in a child process.
 template <typename Work>
@@ -180,6 +203,24 @@ TEST_F(CSLoggerTest, VerboseLinesAlsoGoToStandardError)
     const std::string output = testing::internal::GetCapturedStderr();
     EXPECT_THAT(output, EndsWith("] loud\n"));
     EXPECT_THAT(output, HasSubstr(" warning ["));
+}
+
+TEST_F(CSLoggerTest, ALineThatDoesNotFitLeavesNoHoleInAStandardErrorThatDoesNotAppend)
+{
+    const StandardErrorFile file(Host().Real("/stderr"));
+    CSLogger::SetVerbose(true);
+    CSLogger::Log(CSLogger::INFO, "first");
+    const std::string first = Host().ReadFile("/stderr");
+    {
+        const FileSizeLimit limit(first.size() + 10);
+        CSLogger::Log(CSLogger::INFO, "second");
+        EXPECT_EQ(Host().ReadFile("/stderr"), first);
+    }
+    CSLogger::Log(CSLogger::INFO, "third");
+    CSLogger::SetVerbose(false);
+    EXPECT_THAT(Lines(Host().ReadFile("/stderr")),
+                ElementsAre(EndsWith("] first"), MatchesRegex("[0-9].*1 log lines were lost: File too large"),
+                            MatchesRegex("[0-9].*third")));
 }
 
 TEST_F(CSLoggerTest, AForkedChildLogsItsOwnProcess)
