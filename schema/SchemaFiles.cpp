@@ -21,8 +21,6 @@ namespace
 {
 constexpr std::string_view SUFFIX = ".json";
 
-constexpr std::size_t MAX_ID_LENGTH = 512;
-
 struct CloseDirectory
 {
     void operator()(DIR* directory) const { closedir(directory); }
@@ -195,7 +193,7 @@ std::string ExtractSchemaNameFromSchemaId(const std::string& id)
 {
     // A version holds no hyphen, so that only the last one can stand before it.
     const std::size_t hyphen = id.rfind('-');
-    if (id.size() > MAX_ID_LENGTH || hyphen == std::string::npos) {
+    if (hyphen == std::string::npos) {
         return "";
     }
     const std::string name = id.substr(0, hyphen);
@@ -206,7 +204,7 @@ std::string ExtractSchemaNameFromSchemaId(const std::string& id)
 SchemaVersion ExtractVersion(const SchemaIdMap& map, const std::string& file, const std::string& directory)
 {
     const std::string& id = map.at(PathOf(directory, file));
-    const std::optional<VersionTexts> texts = id.size() <= MAX_ID_LENGTH ? FirstVersion(id) : std::nullopt;
+    const std::optional<VersionTexts> texts = FirstVersion(id);
     if (!texts) {
         return {};
     }

@@ -33,8 +33,7 @@ std::string GetSchemaIDfromFile(const std::string& path, const JsonDocument& doc
 /// @throws InvalidArgumentException 1081 for the first file that does not parse, as GetSchemaIDfromFile otherwise.
 SchemaIdMap GenerateSchemaIdMap(const std::list<std::string>& files, const std::string& directory);
 
-/// NAME of an identifier NAME-VERSION_BUILD, empty when @p id is not of that form. An identifier longer than any
-/// file name could hold is not.
+/// NAME of an identifier NAME-VERSION_BUILD, empty when @p id is not of that form.
 std::string ExtractSchemaNameFromSchemaId(const std::string& id);
 
 /// All 0 when the identifier holds no version. @throws std::out_of_range for a file that is not in the map or a
