@@ -65,7 +65,8 @@ std::vector<std::string> PowerCutTest::HalfWrittenFiles() const
 {
     std::vector<std::string> files;
     for (const auto& entry : fs::recursive_directory_iterator(HostRoot())) {
-        if (entry.path().filename().string().starts_with(".new-")) {
+        const std::string name = entry.path().filename();
+        if (name.starts_with(".new-") || name.ends_with(".restored")) {
             files.push_back(entry.path());
         }
     }
