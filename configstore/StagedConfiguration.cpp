@@ -47,8 +47,10 @@ void ApplyInTransaction(BOOTMODE mode, const DBStore::ConnectionPtr& store, Stor
     ApplyMode(mode, store);
     desiredApplied = mode == BOOTMODE_DESIRED_CONFIG;
     FoldDesiredValues(store);
-    // With the rows: a host that loses power after the commit must not apply the emptied staging table again.
-    (void)DBStore::WriteKeyValue(BOOT_MODE, std::to_string(BOOTMODE_NONE), store);
+    // With the rows: the next boot must not apply the emptied staging table again, should this one get no further.
+    if (DBStore::WriteKeyValue(BOOT_MODE, std::to_string(BOOTMODE_NONE), store) != DBStore::SUCCESS) {
+        throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to take the boot mode back");
+    }
     if (!change.Commit()) {
         throw ConfigStoreException(CS_ERROR_OPERATION, "Failed to commit desired configuration transaction");
     }

@@ -159,6 +159,18 @@ TEST_F(StagedConfigurationTest, WhenTheFoldFailsNothingIsAppliedThoughTheDocumen
     EXPECT_THAT(Host().EventIds(), ElementsAre(EVENT));
 }
 
+TEST_F(StagedConfigurationTest, WhenTheModeCannotBeTakenBackNothingIsAppliedAndTheStagingStands)
+{
+    AddRow("network/vswitch", "old", "{}");
+    StageRow("network/vswitch", "new", "{}");
+    SetKey("BOOT_MODE", "1");
+    const std::string before = DumpStore(DBStore::Type::ConfigStore);
+    ApplyAgainst("1", SQLITE_INSERT, "KeyValue");
+    EXPECT_EQ(DumpStore(DBStore::Type::ConfigStore), before);
+    EXPECT_THAT(Host().Log(), Contains("error GenerateDesiredConfiguration failed: Failed to take the boot mode back"));
+    EXPECT_THAT(Host().EventIds(), ElementsAre(EVENT));
+}
+
 TEST_F(StagedConfigurationTest, WhenTheCommitFailsNothingIsApplied)
 {
     AddRow("network/vswitch", "old", "{}");
