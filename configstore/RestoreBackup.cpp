@@ -26,13 +26,16 @@ int RemoveQuietly(const std::string& path)
 }
 
 // Before another store takes its place: SQLite would replay into it what an older one left beside it.
-void RemoveJournals(const std::string& store)
+// The journal goes last, and not before the others have gone: a store that stays has nothing but that to undo a change.
+int RemoveJournals(const std::string& store)
 {
-    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+    for (const char* suffix : {"-wal", "-shm", "-journal"}) {
         if (const int reason = RemoveQuietly(store + suffix)) {
             CSLogger::Log(CSLogger::ERROR, "Cannot remove %s%s: %s", store.c_str(), suffix, strerror(reason));
+            return reason;
         }
     }
+    return 0;
 }
 
 void RemoveStaleConfigStore()
@@ -44,7 +47,7 @@ void RemoveStaleConfigStore()
             return;  // a store that stays needs its journals
         }
     }
-    RemoveJournals(CURRENT_STORE_FILE);
+    (void)RemoveJournals(CURRENT_STORE_FILE);  // a backup that takes the store's place asks again
 }
 
 // Until the copy is whole the store may have to stay in service, and then needs the journals beside it.
@@ -54,13 +57,14 @@ int ReplaceStore(const std::string& backup, const std::string& store)
     if (const int reason = HostCopyFile(backup, restored)) {
         return reason;
     }
-    RemoveJournals(store);
-    if (rename(HostPathNoFollow(restored).c_str(), HostPathNoFollow(store).c_str()) != 0) {
-        const int reason = errno;
-        (void)RemoveQuietly(restored);  // the next restore replaces one that stays
-        return reason;
+    int reason = RemoveJournals(store);
+    if (reason == 0 && rename(HostPathNoFollow(restored).c_str(), HostPathNoFollow(store).c_str()) != 0) {
+        reason = errno;
     }
-    return 0;
+    if (reason != 0) {
+        (void)RemoveQuietly(restored);  // the next restore replaces one that stays
+    }
+    return reason;
 }
 
 bool CopyStore(const std::string& backup, const char* store)

@@ -15,6 +15,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 namespace
 {
@@ -233,12 +234,51 @@ TEST_F(RestoreBackupTest, ANewStoreDoesNotMeetAJournalEither)
     EXPECT_TRUE(DBStore::Check(STORE));
 }
 
-TEST_F(RestoreBackupTest, ALeftoverThatCannotBeRemovedIsNamed)
+TEST_F(RestoreBackupTest, ABackupIsNotPutBesideAJournalThatCannotBeRemoved)
 {
     WithStore(BACKUP, "backup");
-    Host().WriteFile(STORE + std::string("-wal/full"), "");
+    WithStore(STORE, "stale");
+    Host().WriteFile(STORE + std::string("-journal/full"), "");
+    EXPECT_EQ(Restore(), 1);
+    EXPECT_EQ(Host().ReadFile(STORE), "");
+    EXPECT_FALSE(Host().Exists(STORE + std::string(".restored")));
+    EXPECT_THAT(Host().Log(), Contains(HasSubstr("Cannot remove /etc/talvor/configstore/current-store-1-journal: ")));
+    EXPECT_THAT(Host().Log(), Contains(Line("error", "Cannot copy ConfigStore from backup [", BACKUP,
+                                            "], creating new ConfigStore.")));
+    EXPECT_THAT(Host().Log(), Not(Contains("info ConfigStore restored successfully from backup")));
+    EXPECT_THAT(Host().EventIds(),
+                ElementsAre("zub.user.cs.createstore.copy.backup.error", "zub.user.cs.db.operation.error"));
+}
+
+TEST_F(RestoreBackupTest, ADataFileStoreStaysWhileItsJournalCannotBeRemoved)
+{
+    WithDataFileBackup("stays");
+    Move(DATAFILE_BACKUP, DATAFILE_STORE);
+    const std::string before = Host().ReadFile(DATAFILE_STORE);
+    WithDataFileBackup("backup");
+    Host().WriteFile(DATAFILE_STORE, before).WriteFile(DATAFILE_STORE + std::string("-journal/full"), "");
     Restore();
-    EXPECT_THAT(Host().Log(), Contains(HasSubstr("Cannot remove /etc/talvor/configstore/current-store-1-wal: ")));
+    EXPECT_EQ(Host().ReadFile(DATAFILE_STORE), before);
+    EXPECT_FALSE(Host().Exists(DATAFILE_STORE + std::string(".restored")));
+    EXPECT_THAT(Host().Log(), Contains(HasSubstr("Cannot remove /etc/talvor/configstore/datafile-store-journal: ")));
+    EXPECT_THAT(Host().Log(), Contains(Line("error", "Cannot copy DataFileStore from backup [", DATAFILE_BACKUP,
+                                            "], will create new DataFileStore.")));
+    EXPECT_THAT(Host().Log(), Not(Contains("info DataFileStore restored successfully from backup")));
+    EXPECT_THAT(Host().EventIds(), ElementsAre("zub.user.cs.dfs.restore.error", "zub.user.cs.db.operation.error"));
+}
+
+TEST_F(RestoreBackupTest, ADataFileStoreThatAnotherLeftoverKeepsInPlaceIsRolledBackByItsJournal)
+{
+    WithDataFileBackup("committed");
+    Move(DATAFILE_BACKUP, "/etc/committed");
+    WithDataFileBackup("backup");
+    Move("/etc/committed", DATAFILE_STORE);
+    LosePowerWhileWriting(DATAFILE_STORE, "DataFileMetadata");
+    Host().WriteFile(DATAFILE_STORE + std::string("-shm/full"), "");
+    Restore();
+    EXPECT_EQ(DataFolder(), "committed");
+    EXPECT_TRUE(DBStore::Check(DATAFILE_STORE));
+    EXPECT_THAT(Host().EventIds(), ElementsAre("zub.user.cs.dfs.restore.error"));
 }
 
 TEST_F(RestoreBackupTest, ADataFileStoreThatStaysIsRolledBackByItsJournal)
