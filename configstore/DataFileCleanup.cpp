@@ -135,6 +135,23 @@ void DeleteAllMetadata(const DBStore::ConnectionPtr& store)
         ReportFailure("CleanupDataFiles clear sql command failed");
     }
 }
+// False, after a report, when nobody can tell whether the root still holds what the metadata describe: they stay.
+bool ReconcileMetadata(const DBStore::ConnectionPtr& store, DataFileMap& map)
+{
+    std::error_code failure;
+    const fs::file_type root = fs::status(HostPath(DATAFILE_ROOT), failure).type();
+    if (root == fs::file_type::none) {
+        const std::string text = std::string("CleanupDataFiles cannot examine ") + DATAFILE_ROOT;
+        ReportFailure((text + ": " + failure.message()).c_str());
+        return false;
+    }
+    if (root == fs::file_type::directory) {
+        ReconcileRoot(store, map);
+    } else {
+        DeleteAllMetadata(store);
+    }
+    return true;
+}
 }  // namespace
 
 void CleanupDataFiles()
@@ -150,12 +167,8 @@ void CleanupDataFiles()
         return;
     }
     LogDataFileMap(map);
-    std::error_code ignored;  // a root whose state cannot be told holds nothing that metadata could describe
-    if (fs::is_directory(HostPath(DATAFILE_ROOT), ignored)) {
-        ReconcileRoot(store, map);
-    } else {
-        DeleteAllMetadata(store);
+    if (ReconcileMetadata(store, map)) {
+        CSLogger::Log(CSLogger::INFO, "CleanupDataFiles completed");
     }
-    CSLogger::Log(CSLogger::INFO, "CleanupDataFiles completed");
 }
 }  // namespace NimbConfigStore

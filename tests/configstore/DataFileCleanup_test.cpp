@@ -119,6 +119,27 @@ TEST_F(DataFileCleanupTest, ARootThatIsAFileCountsAsMissing)
     EXPECT_EQ(Host().ReadFile(ROOT), "text");
 }
 
+TEST_F(DataFileCleanupTest, WhileTheRootCannotBeExaminedTheMetadataStay)
+{
+    AddMetadata("d", "a");
+    Host().Remove(ROOT);
+    std::filesystem::create_symlink("/var/" + std::string(300, 'x'), Host().Real(ROOT));  // longer than names may be
+    CleanupDataFiles();
+    EXPECT_THAT(Metadata(), ElementsAre(Row{"d", "a"}));
+    EXPECT_EQ(Host().Log().back(), "error CleanupDataFiles cannot examine /var/cache/datafiles: File name too long");
+    EXPECT_THAT(Host().EventIds(), ElementsAre(EVENT));
+}
+
+TEST_F(DataFileCleanupTest, ARootThatLeadsNowhereCountsAsMissing)
+{
+    AddMetadata("d", "a");
+    Host().Remove(ROOT);
+    std::filesystem::create_symlink("/nowhere", Host().Real(ROOT));
+    CleanupDataFiles();
+    EXPECT_THAT(Metadata(), IsEmpty());
+    EXPECT_THAT(Host().EventIds(), IsEmpty());
+}
+
 TEST_F(DataFileCleanupTest, LinksAreRemovedAndNeverFollowed)
 {
     AddMetadata("link", "precious");
