@@ -2,12 +2,11 @@
 
 #include <sqlite3.h>
 
-#include <climits>
-
 namespace
 {
 sqlite3_vfs* disk = nullptr;  // the real one
 int growthsLeft = INT_MAX;
+int refusalsLeft = 0;  // from then on
 long waitedMicroseconds = 0;
 
 /// The disk's own file follows it in memory.
@@ -32,12 +31,24 @@ int Read(sqlite3_file* file, void* data, int size, sqlite3_int64 at)
     return RealFile(file)->pMethods->xRead(RealFile(file), data, size, at);
 }
 
+bool MayGrow()
+{
+    if (growthsLeft > 0) {
+        --growthsLeft;
+        return true;
+    }
+    if (refusalsLeft > 0) {
+        --refusalsLeft;
+        return false;
+    }
+    return true;
+}
+
 int Write(sqlite3_file* file, const void* data, int size, sqlite3_int64 at)
 {
     sqlite3_int64 length = 0;
     RealFile(file)->pMethods->xFileSize(RealFile(file), &length);
-    if (at + size > length && growthsLeft-- <= 0) {
-        growthsLeft = 0;
+    if (at + size > length && !MayGrow()) {
         return SQLITE_FULL;
     }
     return RealFile(file)->pMethods->xWrite(RealFile(file), data, size, at);
@@ -150,9 +161,10 @@ StoreDisk::~StoreDisk()
     sqlite3_vfs_unregister(Watched());
 }
 
-void StoreDisk::FillUpAfter(int growths)
+void StoreDisk::FillUpAfter(int growths, int refusals)
 {
     growthsLeft = growths;
+    refusalsLeft = refusals;
 }
 
 int StoreDisk::WaitedMs() const
