@@ -216,6 +216,18 @@ TEST_F(SchemaProcessorTest, AFailedDefaultConfigurationMakesTheResultFalse)
     EXPECT_THAT(Registered(), ElementsAre("dns"));
 }
 
+TEST_F(SchemaProcessorTest, OnASmartnicTheDefaultsAreItsVariants)
+{
+    const std::string data = R"([{"component": "nimb", "group": "network", "key": "dns", "config": {"on": "host"},
+                                  "nimbio_config": {"on": "smartnic"}}])";
+    Host().WithPackage("net", "1.0.0_0.1", "[" + Element("dns") + "]").WithDefaultConfig("net", "1.0.0_0.1", data);
+    EXPECT_TRUE(ProcessSchemas({}));
+    EXPECT_EQ(Host().SqlValue("SELECT Value FROM DefaultConfig"), R"({"on":"host"})");
+    Host().WriteFile("/etc/.nimbio", "");
+    EXPECT_TRUE(ProcessSchemas({}));
+    EXPECT_EQ(Host().SqlValue("SELECT Value FROM DefaultConfig"), R"({"on":"smartnic"})");
+}
+
 TEST_F(SchemaProcessorTest, AMissingSchemaStoreIsAFailure)
 {
     Host().WithPackage("net", "1.0.0_0.1", "[" + Element("dns") + "]");
