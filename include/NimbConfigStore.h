@@ -107,7 +107,8 @@ void CleanupDataFiles();
 
 /// Registers the schemas of the installed packages and rebuilds default configuration.
 /// @param schemaIds  identifiers to accept besides those that the image declares.
-/// @return false when anything failed; bad files are logged, raised as events and skipped.
+/// @return false when anything failed; bad files are logged, raised as events and skipped. One without an identifier,
+///         or with one that nobody declares, is skipped the same way but is no failure.
 bool ProcessSchemas(const std::vector<std::string>& schemaIds);
 
 /// The same after a live install, followed by the upgrade modules (paths of shared objects).
