@@ -34,9 +34,9 @@ void Validate(const NimbConfigStore::JsonValue& schema, const NimbConfigStore::J
               NimbConfigStore::JsonDocument& report, const std::set<int>& rules, const std::string& name);
 
 /// Why @p schema is unusable: an unresolvable or cyclic reference, a pattern that does not compile, a keyword with a
-/// value of the wrong type or one that nobody implements, a name that stands twice, more levels than leave room for the
-/// schema in that of a whole document. Empty when it is sound. The text names the place in the schema as a JSON
-/// Pointer.
+/// value of the wrong type or one that nobody implements, a name that stands twice, a name or pattern that holds a NUL,
+/// more levels than leave room for the schema in that of a whole document. Empty when it is sound. The text names the
+/// place in the schema as a JSON Pointer.
 std::string CheckSchema(const NimbConfigStore::JsonValue& schema);
 }  // namespace JsonValidator
 

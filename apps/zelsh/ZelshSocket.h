@@ -5,7 +5,7 @@ namespace Zelsh
 {
 void SetOption(int socket, int level, int option, int value);
 
-/// Whoever waits for a peer whose host has gone learns of it within a minute, and no request or reply waits for the
-/// acknowledgement of its first half.
+/// Whoever waits for a peer whose host has gone learns of it within a minute (what was sent and never arrived is given
+/// up when the system no longer repeats it), and no request or reply waits for the acknowledgement of its first half.
 void SetUpConnection(int socket);
 }  // namespace Zelsh
