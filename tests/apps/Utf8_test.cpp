@@ -50,10 +50,10 @@ TEST(Utf8, RefusesWhatIsNotWellFormed)
 
 TEST(Utf8, TellsControlCharacters)
 {
-    for (const char32_t control : {0x00, 0x1B, 0x1F, 0x7F, 0x80, 0x9F}) {
+    for (const char32_t control : {U'\0', U'\x1B', U'\x1F', U'\x7F', U'\x80', U'\x9F'}) {
         EXPECT_TRUE(IsControl(control)) << static_cast<unsigned>(control);
     }
-    for (const char32_t other : {0x20, 0x7E, 0xA0, 0x20AC}) {
+    for (const char32_t other : {U' ', U'~', U'\xA0', U'\x20AC'}) {
         EXPECT_FALSE(IsControl(other)) << static_cast<unsigned>(other);
     }
 }
