@@ -196,6 +196,10 @@ struct Unpreserved
     const char* live;
     const char* desired;
 };
+[[maybe_unused]] void PrintTo(const Unpreserved& adapters, std::ostream* out)
+{
+    *out << adapters.desired;
+}
 class PortNotPreserved : public DesiredObjectTest, public testing::WithParamInterface<Unpreserved>
 {};
 

@@ -46,6 +46,10 @@ struct BadPermission
     const char* line;
     const char* failure;
 };
+[[maybe_unused]] void PrintTo(const BadPermission& permission, std::ostream* out)
+{
+    *out << permission.userValue;
+}
 class BadPermissionTest : public PermissionPreservationTest, public testing::WithParamInterface<BadPermission>
 {};
 
@@ -92,6 +96,10 @@ struct MissingSchema
     const char* removed;  // as SQL, from the schema store
     const char* line;
 };
+[[maybe_unused]] void PrintTo(const MissingSchema& missing, std::ostream* out)
+{
+    *out << missing.removed;
+}
 class PermissionStepTest : public PermissionPreservationTest, public testing::WithParamInterface<MissingSchema>
 {};
 

@@ -285,6 +285,11 @@ struct Fault
     const char* logged;
 };
 
+[[maybe_unused]] void PrintTo(const Fault& fault, std::ostream* out)
+{
+    *out << fault.logged;
+}
+
 class FailingStore : public DefaultConfigTest, public testing::WithParamInterface<Fault>
 {};
 

@@ -18,7 +18,7 @@ bool AreRewritten()
 
 void ExpectGoldenFile(const std::string& path, const std::string& text)
 {
-    const std::string file = std::string(SOURCE_DIR) + "/tests/" + path;
+    const std::string file = std::string(SOURCE_DIR "/tests/") + path;
     if (AreRewritten()) {
         std::ofstream(file, std::ios::binary) << text;
     }
